@@ -1,0 +1,62 @@
+# How every target of the project is built: the language level, the warnings, and one function per
+# kind of target, so that the CMakeLists.txt of a folder is one line.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
+
+option(TANDEKO_SANITIZE "Compile with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
+if(TANDEKO_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
+# tandeko_library(NAME [QT] [DEPENDS library ...]): a static library of all sources below this folder.
+# With QT, moc and uic run over it.
+function(tandeko_library name)
+  cmake_parse_arguments(ARG "QT" "" "DEPENDS" ${ARGN})
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS *.cpp *.h *.ui)
+  if(NOT sources)
+    return()
+  endif()
+  add_library(${name} STATIC ${sources})
+  set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
+  target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR}/src)
+  target_compile_definitions(${name} PUBLIC TANDEKO_VERSION="${PROJECT_VERSION}")
+  if(ARG_QT)
+    set_target_properties(${name} PROPERTIES AUTOMOC ON AUTOUIC ON)
+    target_link_libraries(${name} PUBLIC Qt6::Widgets)
+    target_compile_definitions(${name} PUBLIC QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)
+  endif()
+  foreach(dependency ${ARG_DEPENDS})
+    if(TARGET ${dependency})
+      target_link_libraries(${name} PUBLIC ${dependency})
+    endif()
+  endforeach()
+endfunction()
+
+# tandeko_tests(NAME [QT] DEPENDS library ...): one GoogleTest program of all sources in this folder.
+# Gui tests run on the offscreen platform.
+function(tandeko_tests name)
+  cmake_parse_arguments(ARG "QT" "" "DEPENDS" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS *.cpp *.h)
+  if(NOT sources)
+    return()
+  endif()
+  add_executable(${name} ${sources})
+  target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+  target_compile_definitions(${name} PRIVATE TANDEKO_TEST_DATA="${CMAKE_SOURCE_DIR}/tests/data")
+  if(ARG_QT)
+    set_target_properties(${name} PROPERTIES AUTOMOC ON)
+    target_link_libraries(${name} PRIVATE Qt6::Test GTest::gmock)
+  else()
+    target_link_libraries(${name} PRIVATE GTest::gmock GTest::gtest_main)
+  endif()
+  target_link_libraries(${name} PRIVATE ${ARG_DEPENDS})
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST
+    PROPERTIES TIMEOUT 300 ENVIRONMENT "QT_QPA_PLATFORM=offscreen" LABELS ${name})
+endfunction()

@@ -1,0 +1,100 @@
+#pragma once
+
+#include <array>
+#include <compare>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <variant>
+#include <vector>
+
+namespace jet {
+
+// Type codes as a column descriptor stores them.
+enum class Type : uint8_t {
+  Null = 0,  // only of a value or an expression, never of a column
+  Boolean = 0x01,
+  Byte = 0x02,
+  Integer = 0x03,  // 16 bits
+  Long = 0x04,     // 32 bits
+  Currency = 0x05,
+  Single = 0x06,
+  Double = 0x07,
+  Date = 0x08,
+  Binary = 0x09,
+  Text = 0x0A,
+  Ole = 0x0B,
+  Memo = 0x0C,
+  Guid = 0x0F,
+  Decimal = 0x10,
+  Internal = 0x11,  // objects of the user interface; bytes, copied as they are
+};
+
+// A sum of money: the amount times 10,000.
+struct Currency {
+  int64_t scaled = 0;
+  auto operator<=>(const Currency&) const = default;
+};
+
+// Days since 1899-12-30; the fraction is the time of day, counted forward also before that date.
+struct Date {
+  double days = 0;
+  auto operator<=>(const Date&) const = default;
+};
+
+struct Guid {
+  std::array<uint8_t, 16> bytes{};  // as in the row: u32, u16, u16 little-endian, then 8 bytes
+  auto operator<=>(const Guid&) const = default;
+};
+
+// A decimal number: (negative ? -1 : 1) * magnitude / 10^scale.
+struct Decimal {
+  bool negative = false;
+  std::array<uint32_t, 4> magnitude{};  // most significant first
+  uint8_t scale = 0;
+  bool operator==(const Decimal&) const = default;
+};
+
+using Text = std::u16string;
+using Binary = std::vector<uint8_t>;
+
+// One field's value. Null is std::monostate. Text and Memo are both Text, Binary, OLE and Internal all
+// Binary: which of them a value belongs to is a property of its column or expression.
+class Value {
+ public:
+  using Storage = std::variant<std::monostate, bool, uint8_t, int16_t, int32_t, Currency, float, double, Date,
+                               Binary, Text, Guid, Decimal>;
+
+  Value() = default;
+  template <typename T>
+    requires std::is_constructible_v<Storage, std::in_place_type_t<std::decay_t<T>>, T>
+  Value(T&& v) : storage_(std::in_place_type<std::decay_t<T>>, std::forward<T>(v)) {}
+  Value(const char16_t* text) : storage_(Text(text)) {}
+  Value(std::u16string_view text) : storage_(Text(text)) {}
+
+  bool isNull() const { return storage_.index() == 0; }
+  // Text for every text, Binary for every byte string.
+  Type type() const;
+  const Storage& storage() const { return storage_; }
+  Storage& storage() { return storage_; }
+
+  // The value as held; std::bad_variant_access when it is of another type.
+  template <typename T>
+  const T& get() const {
+    return std::get<T>(storage_);
+  }
+  template <typename T>
+  const T* getIf() const {
+    return std::get_if<T>(&storage_);
+  }
+
+  // Same type and same content (texts compare exactly); Null equals Null. For tests and change
+  // detection; Jet's own comparison is in sql/operators.h.
+  bool operator==(const Value&) const = default;
+
+ private:
+  Storage storage_;
+};
+
+}  // namespace jet

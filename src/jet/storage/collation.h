@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace jet {
+
+// A text order: turns text into key bytes whose bytewise order is the order of the texts, and which are
+// equal exactly when the order calls the texts equal (case and trailing blanks do not count).
+class Collation {
+ public:
+  // Orders known byte for byte: General (0x0409), Polish (0x0415), and for Jet 3 files General only.
+  // Any other lcid gives the General table of the version with isExact() false.
+  static const Collation& get(uint16_t lcid, bool jet3 = false);
+
+  uint16_t lcid() const { return lcid_; }
+  // Keys are those that the original engine writes: indexes of this order may be changed.
+  bool isExact() const { return exact_; }
+
+  // Appends the encoded value without the leading flag byte 7F: primary codes, 01, weights, ..., 00.
+  // At most the first 255 units count; Jet 3 orders take text of code page 1252 characters.
+  void appendKey(std::u16string_view text, std::string& key) const;
+
+  // <0, 0, >0; what comparing the keys would give, without building them for plain letters.
+  int compare(std::u16string_view a, std::u16string_view b) const;
+  bool equal(std::u16string_view a, std::u16string_view b) const { return compare(a, b) == 0; }
+
+  Collation(uint16_t lcid, bool jet3, bool exact) : lcid_(lcid), jet3_(jet3), exact_(exact) {}
+
+ private:
+  uint16_t lcid_;
+  bool jet3_, exact_;
+};
+
+}  // namespace jet
