@@ -59,6 +59,13 @@ struct Decimal {
 using Text = std::u16string;
 using Binary = std::vector<uint8_t>;
 
+// The types that a Value can hold.
+template <typename T, typename... Ts>
+inline constexpr bool kIsOneOf = (std::is_same_v<T, Ts> || ...);
+template <typename T>
+concept ValueContent = kIsOneOf<std::remove_cvref_t<T>, bool, uint8_t, int16_t, int32_t, Currency, float, double, Date,
+                                Binary, Text, Guid, Decimal>;
+
 // One field's value. Null is std::monostate. Text and Memo are both Text, Binary, OLE and Internal all
 // Binary: which of them a value belongs to is a property of its column or expression.
 class Value {
@@ -67,9 +74,8 @@ class Value {
                                Binary, Text, Guid, Decimal>;
 
   Value() = default;
-  template <typename T>
-    requires std::is_constructible_v<Storage, std::in_place_type_t<std::decay_t<T>>, T>
-  Value(T&& v) : storage_(std::in_place_type<std::decay_t<T>>, std::forward<T>(v)) {}
+  template <ValueContent T>
+  Value(T&& v) : storage_(std::in_place_type<std::remove_cvref_t<T>>, std::forward<T>(v)) {}
   Value(const char16_t* text) : storage_(Text(text)) {}
   Value(std::u16string_view text) : storage_(Text(text)) {}
 
