@@ -1,0 +1,110 @@
+#include <algorithm>
+#include <charconv>
+
+#include "jet/dao/database_impl.h"
+
+namespace jet {
+
+namespace {
+
+constexpr int kMaxTransactionLevel = 5;
+constexpr uint16_t kGeneralLcid = 0x0409;
+
+// The text between `name` and the next ';' of a connect or locale string; names ignore case.
+std::u16string connectPart(std::u16string_view connect, std::u16string_view name) {
+  const std::u16string folded = foldName(connect);
+  const size_t at = folded.find(u';' + std::u16string(name) + u'=');
+  if (at == std::u16string::npos) return {};
+  const size_t from = at + name.size() + 2;
+  return std::u16string(connect.substr(from, connect.find(u';', from) - from));
+}
+
+uint16_t localeLcid(std::u16string_view locale) {
+  const std::string text = toUtf8(connectPart(locale, u"langid"));
+  if (text.empty()) return kGeneralLcid;
+  unsigned lcid = 0;
+  const bool hex = text.starts_with("0x") || text.starts_with("0X");
+  const auto [end, error] =
+      std::from_chars(text.data() + (hex ? 2 : 0), text.data() + text.size(), lcid, hex ? 16 : 10);
+  if (error != std::errc{} || end != text.data() + text.size() || lcid > 0xFFFF)
+    throw Error(3001, {}, "DAO.Workspace");
+  return static_cast<uint16_t>(lcid);
+}
+
+}  // namespace
+
+void Workspace::Impl::endLevel(bool keep) {
+  if (transactionLevel == 0) throw Error(3034, {}, "DAO.Workspace");
+  --transactionLevel;
+  std::exception_ptr failure;
+  for (Database::Impl* database : databases) {
+    if (database->pager->level() <= transactionLevel) continue;
+    try {
+      if (keep && !failure)
+        database->pager->commit();
+      else
+        database->pager->rollback();
+    } catch (...) {
+      failure = std::current_exception();
+    }
+  }
+  if (failure) std::rethrow_exception(failure);
+}
+
+Workspace::Workspace(Environment& environment) : impl_(std::make_shared<Impl>(environment)) {}
+
+Workspace::~Workspace() = default;
+
+std::unique_ptr<Database> Workspace::openDatabase(const std::filesystem::path& path) {
+  return openDatabase(path, OpenOptions{});
+}
+
+std::unique_ptr<Database> Workspace::openDatabase(const std::filesystem::path& path,
+                                                  const OpenOptions& options) {
+  auto database = std::make_unique<Database::Impl>();
+  database->pager = Pager::open(impl_->environment, path,
+                                {.exclusive = options.exclusive, .readOnly = options.readOnly});
+  database->exclusive = options.exclusive;
+  {
+    ReadScope scope(*database->pager);
+    database->catalog = Catalog::open(*database->pager);
+    if (database->catalog->header().password != connectPart(options.connect, u"pwd"))
+      throw Error(3031, {}, "DAO.Workspace");
+  }
+  database->engine = std::make_unique<sql::Engine>(*database->catalog);
+  database->attach(impl_);
+  return std::unique_ptr<Database>(new Database(std::move(database)));
+}
+
+std::unique_ptr<Database> Workspace::createDatabase(const std::filesystem::path& path,
+                                                    std::u16string_view locale,
+                                                    std::u16string_view password) {
+  auto database = std::make_unique<Database::Impl>();
+  database->pager =
+      Pager::create(impl_->environment, path, Version::Jet4, Catalog::kEmptyDatabasePages);
+  database->catalog = Catalog::createDatabase(*database->pager, localeLcid(locale), password);
+  database->pager->commit();
+  database->engine = std::make_unique<sql::Engine>(*database->catalog);
+  database->attach(impl_);
+  return std::unique_ptr<Database>(new Database(std::move(database)));
+}
+
+void Workspace::beginTrans() {
+  if (impl_->transactionLevel == kMaxTransactionLevel) throw Error(3003, {}, "DAO.Workspace");
+  size_t begun = 0;
+  try {
+    for (; begun < impl_->databases.size(); ++begun)
+      if (!impl_->databases[begun]->pager->readOnly()) impl_->databases[begun]->pager->begin();
+  } catch (...) {
+    while (begun-- > 0)
+      if (!impl_->databases[begun]->pager->readOnly()) impl_->databases[begun]->pager->rollback();
+    throw;
+  }
+  ++impl_->transactionLevel;
+}
+
+void Workspace::commitTrans() { impl_->endLevel(true); }
+
+void Workspace::rollback() { impl_->endLevel(false); }
+
+}  // namespace jet
