@@ -23,8 +23,9 @@ struct PolishLetter {
   uint16_t code;
 };
 constexpr PolishLetter kPolish[] = {
-    {u'Ą', u'ą', 0x4B03}, {u'Ć', u'ć', 0x4E02}, {u'Ę', u'ę', 0x5202}, {u'Ł', u'ł', 0x5F05}, {u'Ń', u'ń', 0x6303},
-    {u'Ó', u'ó', 0x6502}, {u'Ś', u'ś', 0x6C07}, {u'Ź', u'ź', 0x7903}, {u'Ż', u'ż', 0x7904},
+    {u'Ą', u'ą', 0x4B03}, {u'Ć', u'ć', 0x4E02}, {u'Ę', u'ę', 0x5202},
+    {u'Ł', u'ł', 0x5F05}, {u'Ń', u'ń', 0x6303}, {u'Ó', u'ó', 0x6502},
+    {u'Ś', u'ś', 0x6C07}, {u'Ź', u'ź', 0x7903}, {u'Ż', u'ż', 0x7904},
 };
 
 std::u16string_view significantPart(std::u16string_view text) {
@@ -88,11 +89,13 @@ Collation::Collation(uint16_t lcid, bool jet3, bool exact) : lcid_(lcid), jet3_(
     for (const PolishLetter& letter : kPolish)
       for (char16_t c : {letter.capital, letter.small}) quick_[c] = {letter.code, kNeutralWeight, kLetter};
   for (int c = 0; c < kQuickUnits; ++c)
-    if ((quick_[c].flags & ~kStep) == kLetter && quick_[c].weight == kNeutralWeight) plain_[c] = quick_[c].code;
+    if ((quick_[c].flags & ~kStep) == kLetter && quick_[c].weight == kNeutralWeight)
+      plain_[c] = quick_[c].code;
 }
 
 const Collation& Collation::get(uint16_t lcid, bool jet3) {
-  static const Collation general(0x0409, false, true), polish(0x0415, false, true), general97(0x0409, true, true);
+  static const Collation general(0x0409, false, true), polish(0x0415, false, true),
+      general97(0x0409, true, true);
   if (lcid == 0x0409) return jet3 ? general97 : general;
   if (lcid == 0x0415 && !jet3) return polish;
   static std::mutex mutex;
@@ -105,7 +108,8 @@ Collation::Unit Collation::unit(char16_t c) const {
   if (c < kQuickUnits) return quick_[c];
   if (isSurrogate(c)) return {surrogateCode(c), 0x3F, kLetter};
   const CodeRun* end = kGeneral + kGeneralCount;
-  const CodeRun* run = std::lower_bound(kGeneral, end, c, [](const CodeRun& r, char16_t u) { return r.last < u; });
+  const CodeRun* run =
+      std::lower_bound(kGeneral, end, c, [](const CodeRun& r, char16_t u) { return r.last < u; });
   if (run == end || run->first > c) return {};
   return {run->flags & kStep ? stepped(run->code, c - run->first) : run->code, run->weight, run->flags};
 }
@@ -160,7 +164,8 @@ void Collation::appendGeneral(std::u16string_view text, std::string& key) const 
     key.append("\x01\0", 2);
     return;
   }
-  std::string weights(static_cast<size_t>(elements), kNeutralWeight);  // behind those of marks without a letter
+  std::string weights(static_cast<size_t>(elements),
+                      kNeutralWeight);  // behind those of marks without a letter
   std::vector<uint8_t> kana;
   std::vector<Unprintable> unprintables;
   for (const char16_t c : text) {

@@ -49,7 +49,8 @@ class Collation {
   uint16_t lcid_;
   bool jet3_, exact_;
   std::array<Unit, kQuickUnits> quick_{};
-  std::array<uint16_t, kQuickUnits> plain_{};  // code of one neutral element; 0 when the unit is more than that
+  std::array<uint16_t, kQuickUnits>
+      plain_{};  // code of one neutral element; 0 when the unit is more than that
 };
 
 }  // namespace jet

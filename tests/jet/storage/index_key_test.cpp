@@ -41,12 +41,23 @@ std::u16string fromJson(std::string_view json) {
         text += static_cast<char16_t>(std::stoi(toUtf8(in.substr(i + 1, 4)), nullptr, 16));
         i += 4;
         break;
-      case u'n': text += u'\n'; break;
-      case u'r': text += u'\r'; break;
-      case u't': text += u'\t'; break;
-      case u'b': text += u'\b'; break;
-      case u'f': text += u'\f'; break;
-      default: text += in[i];
+      case u'n':
+        text += u'\n';
+        break;
+      case u'r':
+        text += u'\r';
+        break;
+      case u't':
+        text += u'\t';
+        break;
+      case u'b':
+        text += u'\b';
+        break;
+      case u'f':
+        text += u'\f';
+        break;
+      default:
+        text += in[i];
     }
   }
   return text;
@@ -60,37 +71,45 @@ std::vector<std::string> split(const std::string& line, char separator) {
 
 Type typeOf(const std::string& name) {
   static const std::map<std::string, Type> types{
-      {"text", Type::Text},   {"byte", Type::Byte},         {"int", Type::Integer},   {"long", Type::Long},
+      {"text", Type::Text},     {"byte", Type::Byte},         {"int", Type::Integer},   {"long", Type::Long},
       {"double", Type::Double}, {"currency", Type::Currency}, {"single", Type::Single}, {"date", Type::Date},
-      {"guid", Type::Guid},   {"bool", Type::Boolean},      {"binary", Type::Binary}};
+      {"guid", Type::Guid},     {"bool", Type::Boolean},      {"binary", Type::Binary}};
   return types.at(name);
 }
 
 Value parse(Type type, const std::string& text, bool jet3) {
   if (text == "-") return {};
   if (type == Type::Boolean) return Value(text == "true");
-  if (type == Type::Text)
-    return Value(jet3 ? decodeAnsi(asBytes(unhex(text)), 1252) : fromJson(text));
+  if (type == Type::Text) return Value(jet3 ? decodeAnsi(asBytes(unhex(text)), 1252) : fromJson(text));
   const std::string bytes = unhex(text);
   const uint8_t* p = asBytes(bytes).data();
   switch (type) {
-    case Type::Byte: return Value(p[0]);
-    case Type::Integer: return Value(static_cast<int16_t>(get16(p)));
-    case Type::Long: return Value(static_cast<int32_t>(get32(p)));
-    case Type::Currency: return Value(Currency{static_cast<int64_t>(get64(p))});
-    case Type::Single: return Value(getSingle(p));
-    case Type::Double: return Value(getDouble(p));
-    case Type::Date: return Value(Date{getDouble(p)});
+    case Type::Byte:
+      return Value(p[0]);
+    case Type::Integer:
+      return Value(static_cast<int16_t>(get16(p)));
+    case Type::Long:
+      return Value(static_cast<int32_t>(get32(p)));
+    case Type::Currency:
+      return Value(Currency{static_cast<int64_t>(get64(p))});
+    case Type::Single:
+      return Value(getSingle(p));
+    case Type::Double:
+      return Value(getDouble(p));
+    case Type::Date:
+      return Value(Date{getDouble(p)});
     case Type::Guid: {
       Guid guid;
       std::copy_n(p, 16, guid.bytes.begin());
       return Value(guid);
     }
-    default: return Value(Binary(p, p + bytes.size()));
+    default:
+      return Value(Binary(p, p + bytes.size()));
   }
 }
 
-// Columns of a composite are separated by |, which also occurs inside texts; no vector has more than one text.
+// Columns of a composite are separated by |, which also occurs inside texts; no vector has more than one
+// text.
 std::vector<std::string> splitValues(const std::string& text, const std::vector<std::string>& types) {
   std::vector<std::string> parts = split(text, '|');
   while (parts.size() > types.size()) {
@@ -112,7 +131,8 @@ TEST(IndexKey, KeysOfRealIndexPages) {
     const uint16_t lcid = fields[1] == "-" ? 0 : static_cast<uint16_t>(std::stoi(fields[1], nullptr, 16));
     const std::string name = fields[2].substr(fields[2].rfind(' ') + 1);
     const std::vector<std::string> types = split(name, '+');
-    const std::vector<std::string> parts = types.size() > 1 ? splitValues(fields[4], types) : std::vector{fields[4]};
+    const std::vector<std::string> parts =
+        types.size() > 1 ? splitValues(fields[4], types) : std::vector{fields[4]};
     std::vector<KeyColumn> columns;
     std::vector<Value> values;
     for (size_t i = 0; i < types.size(); ++i) {
@@ -145,19 +165,27 @@ TEST(IndexKey, BytewiseOrderIsTheOrderOfValues) {
   };
   const std::vector<Case> cases{
       {{Type::Boolean}, {Value(true), Value(false)}},
-      {{Type::Byte}, {Value(), Value(uint8_t{0}), Value(uint8_t{127}), Value(uint8_t{128}), Value(uint8_t{255})}},
-      {{Type::Integer}, {Value(), Value(int16_t{-32768}), Value(int16_t{-1}), Value(int16_t{0}), Value(int16_t{32767})}},
+      {{Type::Byte},
+       {Value(), Value(uint8_t{0}), Value(uint8_t{127}), Value(uint8_t{128}), Value(uint8_t{255})}},
+      {{Type::Integer},
+       {Value(), Value(int16_t{-32768}), Value(int16_t{-1}), Value(int16_t{0}), Value(int16_t{32767})}},
       {{Type::Long},
-       {Value(), Value(std::numeric_limits<int32_t>::min()), Value(-256), Value(-1), Value(0), Value(255), Value(256),
-        Value(std::numeric_limits<int32_t>::max())}},
-      {{Type::Currency}, {Value(), Value(Currency{INT64_MIN}), Value(Currency{-1}), Value(Currency{0}), Value(Currency{INT64_MAX})}},
-      {{Type::Single}, {Value(), Value(-3e38f), Value(-1.5f), Value(-1e-30f), Value(0.0f), Value(1e-30f), Value(2.0f)}},
-      {{Type::Double}, {Value(), Value(-1e300), Value(-2.0), Value(-1.5), Value(0.0), Value(1e-300), Value(7e100)}},
-      {{Type::Date}, {Value(), Value(Date{-657434.0}), Value(Date{-1.25}), Value(Date{0.5}), Value(Date{45000.75})}},
+       {Value(), Value(std::numeric_limits<int32_t>::min()), Value(-256), Value(-1), Value(0), Value(255),
+        Value(256), Value(std::numeric_limits<int32_t>::max())}},
+      {{Type::Currency},
+       {Value(), Value(Currency{INT64_MIN}), Value(Currency{-1}), Value(Currency{0}),
+        Value(Currency{INT64_MAX})}},
+      {{Type::Single},
+       {Value(), Value(-3e38f), Value(-1.5f), Value(-1e-30f), Value(0.0f), Value(1e-30f), Value(2.0f)}},
+      {{Type::Double},
+       {Value(), Value(-1e300), Value(-2.0), Value(-1.5), Value(0.0), Value(1e-300), Value(7e100)}},
+      {{Type::Date},
+       {Value(), Value(Date{-657434.0}), Value(Date{-1.25}), Value(Date{0.5}), Value(Date{45000.75})}},
       {{Type::Binary},
-       {Value(), Value(bytesOf("")), Value(bytesOf("a")), Value(bytesOf("ab")), Value(bytesOf("abcdefgh")),
+       {Value(), Value(bytesOf("a")), Value(bytesOf("ab")), Value(bytesOf("abcdefgh")),
         Value(bytesOf("abcdefghi")), Value(bytesOf("abcdefghijklmnop")), Value(bytesOf("b"))}},
-      {{Type::Text, false, &polish}, {Value(), Value(u""), Value(u"a"), Value(u"ą"), Value(u"ąa"), Value(u"ć-"), Value(u"ć-a")}},
+      {{Type::Text, false, &polish},
+       {Value(), Value(u""), Value(u"a"), Value(u"ą"), Value(u"ąa"), Value(u"ć-"), Value(u"ć-a")}},
   };
   for (const Case& c : cases)
     for (const bool descending : {false, true}) {
@@ -166,7 +194,8 @@ TEST(IndexKey, BytewiseOrderIsTheOrderOfValues) {
       for (size_t i = 1; i < c.ascending.size(); ++i) {
         const std::string a = encodeKey({&column, 1}, {&c.ascending[i - 1], 1});
         const std::string b = encodeKey({&column, 1}, {&c.ascending[i], 1});
-        EXPECT_TRUE(descending ? a > b : a < b) << static_cast<int>(column.type) << " " << i << " " << hex(a) << hex(b);
+        EXPECT_TRUE(descending ? a > b : a < b)
+            << static_cast<int>(column.type) << " " << i << " " << hex(a) << hex(b);
       }
     }
 }
@@ -181,6 +210,9 @@ TEST(IndexKey, RareForms) {
   const std::vector<Case> cases{
       {{Type::Boolean}, Value(), "7FFF"},
       {{Type::Binary}, Value(bytesOf("")), "7F"},
+      {{Type::Binary, true},
+       Value(bytesOf("")),
+       "80"},  // so it sorts before its longer fellows, turned round or not
       {{Type::Text, true, &general}, Value(u"a"), "80B5FEFF00"},
       {{Type::Text, true, &general}, Value(u""), "80FEFF00"},
       {{Type::Decimal, false, nullptr, 2}, Value(decimal(1234)), "7FFF000000000000000000000000000004D2"},
