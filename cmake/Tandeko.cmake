@@ -40,7 +40,7 @@ function(tandeko_library name)
 endfunction()
 
 # tandeko_tests(NAME [QT] DEPENDS library ...): one GoogleTest program of all sources in this folder.
-# Gui tests run on the offscreen platform.
+# With QT the tests run inside an application on the offscreen platform (tests/support/gui_main.cpp).
 function(tandeko_tests name)
   cmake_parse_arguments(ARG "QT" "" "DEPENDS" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS *.cpp *.h)
@@ -52,6 +52,7 @@ function(tandeko_tests name)
   target_compile_definitions(${name} PRIVATE TANDEKO_TEST_DATA="${CMAKE_SOURCE_DIR}/tests/data")
   if(ARG_QT)
     set_target_properties(${name} PROPERTIES AUTOMOC ON)
+    target_sources(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests/support/gui_main.cpp)
     target_link_libraries(${name} PRIVATE Qt6::Test GTest::gmock)
   else()
     target_link_libraries(${name} PRIVATE GTest::gmock GTest::gtest_main)

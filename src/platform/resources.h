@@ -1,0 +1,9 @@
+#pragma once
+
+namespace tandeko {
+
+// Makes the built-in icons (":/icons/NAME-SIZE.png", sizes 16, 24, 32, 48) and Qt's own Polish texts
+// available and installs the latter. Call once, after the application object exists.
+void useResources();
+
+}  // namespace tandeko
