@@ -77,7 +77,8 @@ class Pager {
   // whose size is not a whole number of pages is read without its tail and cannot be written. Throws Error
   // 3024, 3343, 3045/3356 (held by another copy), 3051 (also when a crash must be rolled back and this
   // user may not write).
-  static std::unique_ptr<Pager> open(Environment& env, const std::filesystem::path& path, const Options& options);
+  static std::unique_ptr<Pager> open(Environment& env, const std::filesystem::path& path,
+                                     const Options& options);
   // Makes a new file of `firstPages` zero pages inside an open transaction (level 1): the file appears
   // complete or not at all. Throws 3204 when the path exists.
   static std::unique_ptr<Pager> create(Environment& env, const std::filesystem::path& path, Version version,
@@ -100,8 +101,8 @@ class Pager {
   virtual PageEdit append() = 0;
 
   // Transactions nest without limit (statements use inner levels as savepoints); only the outermost
-  // commit reaches the disk. begin at level 0 takes the write lock (Error 3260 after the wait), in a file that
-  // cannot be written it only begins a read.
+  // commit reaches the disk. begin at level 0 takes the write lock (Error 3260 after the wait), in a file
+  // that cannot be written it only begins a read.
   virtual void begin() = 0;
   // After an Error from the outermost commit the transaction is rolled back.
   virtual void commit() = 0;
@@ -113,8 +114,8 @@ class Pager {
   virtual void beginRead() = 0;
   virtual void endRead() noexcept = 0;
 
-  // Grows with every commit by any copy and every rollback of this one; equal numbers mean that nothing that was read
-  // has changed. Layers above key their own caches on it.
+  // Grows with every commit by any copy and every rollback of this one; equal numbers mean that nothing that
+  // was read has changed. Layers above key their own caches on it.
   virtual uint64_t changeCounter() const = 0;
 };
 

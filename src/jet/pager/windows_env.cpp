@@ -25,7 +25,8 @@ constexpr char kSource[] = "DAO.Workspace";
 constexpr size_t kLargestTransfer = size_t{1} << 30;
 
 [[noreturn]] void throwIo(DWORD error) {
-  const bool full = error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL || error == ERROR_FILE_TOO_LARGE;
+  const bool full =
+      error == ERROR_DISK_FULL || error == ERROR_HANDLE_DISK_FULL || error == ERROR_FILE_TOO_LARGE;
   throw Error(full ? 3026 : 3043, {}, kSource);
 }
 
@@ -106,7 +107,8 @@ class WindowsFile : public File {
   void truncate(uint64_t size) override {
     FILE_END_OF_FILE_INFO end = {};
     end.EndOfFile.QuadPart = static_cast<LONGLONG>(size);
-    if (!::SetFileInformationByHandle(handle_, FileEndOfFileInfo, &end, sizeof end)) throwIo(::GetLastError());
+    if (!::SetFileInformationByHandle(handle_, FileEndOfFileInfo, &end, sizeof end))
+      throwIo(::GetLastError());
   }
 
   void sync() override {
@@ -138,8 +140,9 @@ class WindowsFile : public File {
   }
 
   bool isNamed(const fs::path& path) override {
-    const HANDLE other = ::CreateFileW(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                       nullptr, OPEN_EXISTING, 0, nullptr);
+    const HANDLE other =
+        ::CreateFileW(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                      OPEN_EXISTING, 0, nullptr);
     if (other == INVALID_HANDLE_VALUE) return false;
     BY_HANDLE_FILE_INFORMATION own = {}, named = {};
     const bool known =
@@ -164,7 +167,8 @@ class WindowsFile : public File {
     locks_.reserve(locks_.size() + 1);
     OVERLAPPED position = at(offset);
     const DWORD flags = LOCKFILE_FAIL_IMMEDIATELY | (kind == Lock::Exclusive ? LOCKFILE_EXCLUSIVE_LOCK : 0);
-    if (!::LockFileEx(handle_, flags, 0, static_cast<DWORD>(length), static_cast<DWORD>(length >> 32), &position)) {
+    if (!::LockFileEx(handle_, flags, 0, static_cast<DWORD>(length), static_cast<DWORD>(length >> 32),
+                      &position)) {
       const DWORD error = ::GetLastError();
       if (error == ERROR_LOCK_VIOLATION || error == ERROR_IO_PENDING) return false;
       throw Error(3050, {}, kSource);
@@ -185,8 +189,9 @@ class WindowsEnvironment : public Environment {
                               : mode == Open::CreateOrOpen ? OPEN_ALWAYS
                                                            : OPEN_EXISTING;
     // Without FILE_SHARE_DELETE nobody removes or renames a database that is in use.
-    const HANDLE handle = ::CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                        disposition, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_RANDOM_ACCESS, nullptr);
+    const HANDLE handle =
+        ::CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition,
+                      FILE_ATTRIBUTE_NORMAL | FILE_FLAG_RANDOM_ACCESS, nullptr);
     if (handle == INVALID_HANDLE_VALUE) throwName(::GetLastError(), path);
     return std::make_unique<WindowsFile>(handle);
   }
