@@ -13,4 +13,11 @@ void useResources() {
   if (texts->load(QStringLiteral(":/translations/qtbase_pl.qm"))) QCoreApplication::installTranslator(texts);
 }
 
+QIcon icon(const char* name) {
+  QIcon result;
+  for (const int size : {16, 24, 32, 48})
+    result.addFile(QStringLiteral(":/icons/%1-%2.png").arg(QLatin1StringView(name)).arg(size));
+  return result;
+}
+
 }  // namespace tandeko
