@@ -1,0 +1,241 @@
+// What the panel's menus, keys and drops do.
+
+#include "errors/error_reporter.h"
+#include "people/employee_store.h"
+#include "register/panel/karEWPAN.h"
+
+namespace tandeko {
+
+namespace {
+
+constexpr size_t kMostUndo = 50;
+
+QString quoted(const QString& text) { return QStringLiteral("„") + text + QStringLiteral("”"); }
+
+}  // namespace
+
+bool karEWPAN::supports(Command command) const {
+  switch (command) {
+    case Command::PraWidokDuze:
+    case Command::PraWidokMale:
+    case Command::PraWidokSzczeg:
+    case Command::PraWidokLista:
+    case Command::PanelMagazyn:
+    case Command::PanelKosz:
+      return true;
+    case Command::PraUsun:
+      return lstPracownik_->selectedEmployee() > 0 && mayChange();
+    case Command::SprzUsun:
+      return last_->selectedItem() > 0 && mayChange();
+    case Command::SprzKopiuj:
+      return last_->selectedItem() > 0;
+    case Command::SprzWklej:
+      return copied_.item > 0 && holderOf(*last_) && mayChange();
+    default:
+      return false;
+  }
+}
+
+void karEWPAN::run(Command command) {
+  if (!supports(command)) return;
+  using Mode = EmployeeList::Mode;
+  switch (command) {
+    case Command::PraWidokDuze:
+      return lstPracownik_->setMode(Mode::LargeIcons);
+    case Command::PraWidokMale:
+      return lstPracownik_->setMode(Mode::SmallIcons);
+    case Command::PraWidokSzczeg:
+      return lstPracownik_->setMode(Mode::Details);
+    case Command::PraWidokLista:
+      return lstPracownik_->setMode(Mode::List);
+    case Command::PanelMagazyn:
+    case Command::PanelKosz:
+      return setPaneShown(command, !isOn(command));
+    case Command::PraUsun:
+      return PanelDeleteEmployee();
+    case Command::SprzUsun:
+      return PanelDeleteItem();
+    case Command::SprzKopiuj:
+      return PanelCopy();
+    case Command::SprzWklej:
+      return PanelPaste();
+    default:
+      return;
+  }
+}
+
+bool karEWPAN::isOn(Command command) const {
+  using Mode = EmployeeList::Mode;
+  switch (command) {
+    case Command::PraWidokDuze:
+      return lstPracownik_->mode() == Mode::LargeIcons;
+    case Command::PraWidokMale:
+      return lstPracownik_->mode() == Mode::SmallIcons;
+    case Command::PraWidokSzczeg:
+      return lstPracownik_->mode() == Mode::Details;
+    case Command::PraWidokLista:
+      return lstPracownik_->mode() == Mode::List;
+    case Command::PanelMagazyn:
+      return !pbxMagazyn_->isHidden();
+    case Command::PanelKosz:
+      return !pbxKosz_->isHidden();
+    default:
+      return false;
+  }
+}
+
+void karEWPAN::drop(ItemTreeView& source, int item, const ItemDrag::Target& target) {
+  last_ = &source;
+  if (!target.tree) {
+    if (&source != treeSprzet_ || target.employee != lstPracownik_->selectedEmployee())
+      moveItem(source, item, target.employee, 0);
+    return;
+  }
+  const auto holder = holderOf(*target.tree);
+  if (!holder || (target.tree == &source && target.item == item)) return;
+  last_ = target.tree;
+  moveItem(source, item, *holder, register_.isList() ? 0 : target.item);
+}
+
+void karEWPAN::moveItem(ItemTreeView& source, int item, int holder, int newParent) {
+  guarded(session_, "PanelMoveItem", [&] {
+    const QString name = itemName(store(), item);
+    const int from = holderOf(source).value_or(holder);
+    const MoveOutcome outcome = tandeko::PanelMoveItem(store(), item, holder, newParent);
+    switch (outcome.result) {
+      case MoveResult::WrongStructure:
+        session_.messages().refuse(
+            QStringLiteral("Próba utworzenia błędnej struktury. Element nie zostanie przesunięty."));
+        return;
+      case MoveResult::Moved:
+        refillAfterMove(from, holder, item);
+        return moved(outcome.record, name);
+      case MoveResult::Gone:
+      case MoveResult::Unchanged:  // what the trees show may be older than the file
+        return refillAfterMove(from, holder, item);
+    }
+  });
+}
+
+void karEWPAN::refillAfterMove(int from, int to, int item) {
+  ItemTreeView* source = treeOf(from);
+  ItemTreeView* target = treeOf(to);
+  if (source && source != target) PanelFillTree(*source, from);
+  if (target) PanelFillTree(*target, to, item);
+}
+
+void karEWPAN::moved(const MoveRecord& record, const QString& itemText) {
+  if (undo_.size() == kMostUndo) undo_.erase(undo_.begin());
+  undo_.push_back({register_.key, record, itemText});
+  QString note = QStringLiteral("Przeniesiono: ") + itemText + QStringLiteral(" - ") +
+                 holderName(record.after.front().holder);
+  if (record.after.size() > 1)
+    note += QStringLiteral(", wraz z elementami: ") + QString::number(record.after.size() - 1);
+  session_.setStatusText(note + QStringLiteral("  (Cofnij: Ctrl+Z)"));
+  refreshLists();
+}
+
+void karEWPAN::PanelUndo() {
+  if (undo_.empty() || !mayChange()) return;
+  guarded(session_, "PanelUndo", [this] {
+    const Undo last = undo_.back();
+    const QString obstacle =
+        undoMove({session_.workspace(), session_.database(), last.registerKey}, last.record);
+    undo_.pop_back();
+    refillAfterMove(last.record.after.front().holder, last.record.before.front().holder,
+                    last.record.before.front().item);
+    if (obstacle.isEmpty()) {
+      session_.setStatusText(QStringLiteral("Cofnięto: ") + last.itemText + QStringLiteral(" - ") +
+                             holderName(last.record.before.front().holder));
+      refreshLists();
+    } else {
+      session_.messages().refuse(QStringLiteral("Nie można cofnąć przeniesienia przedmiotu ") +
+                                 quoted(last.itemText) + QStringLiteral(", ponieważ przedmiot ") +
+                                 quoted(obstacle) + QStringLiteral(" został w międzyczasie zmieniony."));
+    }
+  });
+}
+
+void karEWPAN::PanelDeleteItem() {
+  const int item = last_->selectedItem();
+  const auto holder = holderOf(*last_);
+  if (item < 1 || !holder) return;
+  const QString text = last_->selectedText();
+  const QString question =
+      last_->selectedIsSet()
+          ? QStringLiteral("Usuwany przedmiot: ") + text +
+                QStringLiteral(" posiada elementy składowe. Usunąć przedmiot wraz z elementami?")
+          : QStringLiteral("Usunąć przedmiot: ") + text + u'?';
+  if (!session_.messages().ask(question)) return;
+  if (*holder != kBin) {
+    moveItem(*last_, item, kBin, 0);
+    return;
+  }
+  guarded(session_, "PanelDeleteItem", [&] {
+    if (!deleteFromBin(store(), item)) {
+      session_.messages().refuse(
+          QStringLiteral("Próba utworzenia błędnej struktury. Element nie zostanie usunięty."));
+      return;
+    }
+    PanelFillTree(*treeKosz_, kBin);
+    session_.setStatusText(QStringLiteral("Usunięto: ") + text);
+    refreshLists();
+  });
+}
+
+void karEWPAN::PanelCopy() {
+  copied_ = {last_->selectedItem(), false, last_->selectedText()};
+  if (copied_.item > 0) session_.setStatusText(QStringLiteral("Skopiowano: ") + copied_.text);
+  Q_EMIT commandsChanged();
+}
+
+void karEWPAN::PanelCut() {
+  if (last_->selectedItem() < 1 || !mayChange()) return;
+  copied_ = {last_->selectedItem(), true, last_->selectedText()};
+  session_.setStatusText(QStringLiteral("Wycięto: ") + copied_.text +
+                         QStringLiteral("  (wklejenie przeniesie przedmiot)"));
+  Q_EMIT commandsChanged();
+}
+
+void karEWPAN::PanelPaste() {
+  const auto holder = holderOf(*last_);
+  if (!holder || copied_.item < 1) return;
+  ItemTreeView& target = *last_;
+  const int parent = register_.isList() ? 0 : target.selectedItem();
+  if (copied_.cut) {
+    guarded(session_, "PanelPaste", [&] {
+      const auto place = placementOf(store(), copied_.item);
+      ItemTreeView* source = place ? treeOf(place->holder) : nullptr;
+      if (parent != copied_.item) moveItem(source ? *source : target, copied_.item, *holder, parent);
+    });
+    copied_ = {};
+    Q_EMIT commandsChanged();
+    return;
+  }
+  guarded(session_, "PanelPaste", [&] {
+    const int copy = tandeko::PanelPaste(store(), copied_.item, *holder, parent, register_.isList());
+    PanelFillTree(target, *holder, copy);
+    if (copy > 0) session_.setStatusText(QStringLiteral("Wklejono: ") + copied_.text);
+    refreshLists();
+  });
+}
+
+void karEWPAN::PanelDeleteEmployee() {
+  const int employee = lstPracownik_->selectedEmployee();
+  if (employee < 1) return;
+  const QString name = lstPracownik_->selectedName();
+  if (!session_.messages().ask(employeeDeleteQuestion(name), QStringLiteral("Komunikat"))) return;
+  guarded(session_, "PanelDeleteEmployee", [&] {
+    const int64_t returned = deleteEmployee(session_.workspace(), session_.database(), employee);
+    PanelFillEmployees();
+    PanelFillTree(*treeMagazyn_, kWarehouse);
+    session_.setStatusText(
+        QStringLiteral("Usunięto pracownika: ") + name +
+        (returned > 0 ? QStringLiteral(", przedmioty przeniesione do magazynu: ") + QString::number(returned)
+                      : QString()));
+    refreshLists();
+    session_.KarRefresh(QStringLiteral("karSWPRA"));
+  });
+}
+
+}  // namespace tandeko

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QList>
+
+#include "platform/registry.h"
+
+namespace tandeko {
+
+// How the panel looked when its user chose "Zapamiętaj wygląd okna".
+struct PanelLayout {
+  int employeeView = 0;  // 0 large icons, 1 small icons, 2 list, 3 details
+  bool warehouseShown = true;
+  bool binShown = true;
+  QString order = QStringLiteral("1");  // the panes from left to right by number; "1" the standard
+  QList<int> columnWidths;              // of the details view, pixels; empty: standard
+  QList<int> paneSizes;                 // of the columns of panes, pixels; empty: standard
+  QList<int> stackSizes;                // of warehouse and bin, pixels; empty: standard
+
+  static PanelLayout load(const Registry& registry);
+  void store(Registry& registry) const;
+  // Back to the standard look.
+  static void forget(Registry& registry);
+};
+
+}  // namespace tandeko
