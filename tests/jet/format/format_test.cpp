@@ -9,20 +9,23 @@
 using namespace jet;
 
 TEST(Error, FillsPlacesByOrderAndByNumber) {
-  EXPECT_EQ(Error(3078, {u"Ła|1ta"}).description(),
-            u"The database engine cannot find the input table or query 'Ła|1ta'. Make sure it exists and that its "
-            u"name is spelled correctly.");
+  EXPECT_EQ(
+      Error(3078, {u"Ła|1ta"}).description(),
+      u"The database engine cannot find the input table or query 'Ła|1ta'. Make sure it exists and that its "
+      u"name is spelled correctly.");
   EXPECT_EQ(Error(3101, {u"Id", u"Osoby"}).description(),
             u"There is no record in table 'Osoby' with key matching field(s) 'Id'.");
   EXPECT_EQ(Error(3189, {u"T", u"PC", u"jan"}).description(),
             u"Table 'T' is exclusively locked by user 'jan' on machine 'PC'.");
-  EXPECT_EQ(Error(3734, {u"jan", u"PC"}).description(),
-            u"The database has been placed in a state by user 'jan' on machine 'PC' that prevents it from being "
-            u"opened or locked.");
+  EXPECT_EQ(
+      Error(3734, {u"jan", u"PC"}).description(),
+      u"The database has been placed in a state by user 'jan' on machine 'PC' that prevents it from being "
+      u"opened or locked.");
   EXPECT_EQ(Error(3024).description(), u"Couldn't find file ''.");  // a missing name leaves a gap
-  EXPECT_STREQ(Error(3078, {u"Ł"}, "DAO.Recordset").what(),
-               "3078: The database engine cannot find the input table or query 'Ł'. Make sure it exists and that "
-               "its name is spelled correctly.");
+  EXPECT_STREQ(
+      Error(3078, {u"Ł"}, "DAO.Recordset").what(),
+      "3078: The database engine cannot find the input table or query 'Ł'. Make sure it exists and that "
+      "its name is spelled correctly.");
   EXPECT_EQ(Error(3601).description(), u"Reserved error (3601); there is no message for this error.");
   EXPECT_TRUE(errorText(4).empty());
   EXPECT_TRUE(errorText(99999).empty());
@@ -64,7 +67,8 @@ TEST(Text, StoresCompressedOnlyWhenNotLonger) {
       {u"Śląsk", "5A 01 6C 00 05 01 73 00 6B 00"},
       {u"Ołeś", "4F 00 42 01 65 00 5B 01"},
       {u"Stara baśń", "FF FE 53 74 61 72 61 20 62 61 00 5B 01 44 01"},
-      {u"Jak malować akwarelą", "FF FE 4A 61 6B 20 6D 61 6C 6F 77 61 00 07 01 00 20 61 6B 77 61 72 65 6C 00 05 01"},
+      {u"Jak malować akwarelą",
+       "FF FE 4A 61 6B 20 6D 61 6C 6F 77 61 00 07 01 00 20 61 6B 77 61 72 65 6C 00 05 01"},
       {u"Bąba", "42 00 05 01 62 00 61 00"},
       {u"UK", "55 00 4B 00"},
       {u"", ""},
@@ -145,7 +149,9 @@ TEST(HeaderMask, UnmasksRealHeaders) {
   EXPECT_EQ(headerField32(asBytes(page), kHeaderKey), 0u);
   const MutableBytes bytes(reinterpret_cast<uint8_t*>(page.data()), page.size());
   toggleHeaderMask(bytes, Version::Jet4);
-  EXPECT_EQ(toHex(asBytes(page).subspan(0x6E, 20)), "15 04 00 00 0A DA 1F 3A 19 3B E3 40 00 00 00 00 00 00 00 00");
-  EXPECT_EQ(toHex(asBytes(page).subspan(0x78, 32)),
-            "E3 40 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00");
+  EXPECT_EQ(toHex(asBytes(page).subspan(0x6E, 20)),
+            "15 04 00 00 0A DA 1F 3A 19 3B E3 40 00 00 00 00 00 00 00 00");
+  EXPECT_EQ(
+      toHex(asBytes(page).subspan(0x78, 32)),
+      "E3 40 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00");
 }
