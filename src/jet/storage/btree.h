@@ -1,15 +1,17 @@
 #pragma once
 
+#include <array>
 #include <functional>
 #include <string>
 #include <vector>
 
+#include "jet/storage/entry_list.h"
 #include "jet/storage/usage_map.h"
 
 namespace jet {
 
 // One index tree. Entries are (key bytes, row id), ordered by key bytes, then page and slot; the root
-// page keeps its number for life.
+// page keeps its number for life. Everything read is checked: damage throws 3049 naming the page.
 class BTree {
  public:
   // `definition`: the table definition page that owns the index; `map`: the index-pages map.
@@ -19,7 +21,7 @@ class BTree {
   // puts it into the map).
   static PageNumber createRoot(Pager& pager, PageNumber definition);
 
-  // Throws 3393 for a key too long for two entries on a page.
+  // Throws 3393 for a key too long for two entries on a page. An entry that is there already stays alone.
   void insert(Bytes key, RowId row);
   // False when there is no such entry.
   bool remove(Bytes key, RowId row);
@@ -41,29 +43,62 @@ class BTree {
     // Before the first entry whose key is >= `key` (bytewise), or > every key that begins with `key`
     // when `after` is set. An empty key: the very beginning (with `after`: the end).
     void seek(Bytes key, bool after = false);
+    // Go over the entry behind (before) the place; false at the end. A fresh cursor is at the beginning.
     bool next();
     bool previous();
-    // The entry that next() or previous() reached.
+    // The entry that next() or previous() went over.
     Bytes key() const { return asBytes(key_); }
     RowId row() const { return row_; }
 
    private:
+    void load(PageView leaf);
+    bool step(bool forward);
+    void take(size_t index);
+
     const BTree& tree_;
     PageView leaf_;
-    int index_ = -1;       // of the entry before the place
+    int index_ = -1;        // of the entry before the place
+    PageNumber steps_ = 0;  // from leaf to leaf: more than there are pages means a cycle
     std::string key_;
     RowId row_;
     std::vector<uint16_t> ends_;  // entry ends of the leaf, decoded once a page
   };
 
-  // Every page of the tree, root first, checked level by level; `fault` receives each deviation.
+  // Every page of the tree, root first, checked level by level; `fault` receives each deviation, `entry`
+  // each entry of the leaves in order. Does not throw for damage.
   void check(const std::function<void(const std::u16string&)>& fault,
              const std::function<void(Bytes key, RowId row)>& entry) const;
+  // The pages that the tree consists of, as far as it can be read.
+  std::vector<PageNumber> pages() const;
   void removeAll();  // frees all pages, the root too
 
   PageNumber root() const { return root_; }
 
  private:
+  // The nodes from the root down to a leaf, each with the entry that leads on (or its used(): the tail).
+  struct Path {
+    struct Step {
+      PageNumber page;
+      uint32_t start;
+    };
+    std::array<Step, kMaxIndexDepth> steps;
+    int depth = 0;
+  };
+
+  IndexPage view(const PageView& page) const;
+  PageView descend(const IndexTarget& target, Path* path) const;
+  PageEdit edit(PageNumber page, int level);
+  PageEdit newPage(int level);
+  void insertEntry(const Path& path, int depth, PageNumber number, uint32_t start, Bytes entry);
+  void split(const Path& path, int depth, PageEdit page, const EntryList& entries, size_t added);
+  void splitRoot(PageEdit root, const EntryList& entries, size_t cut);
+  void removeChild(const Path& path, int depth);
+  void unlinkAndFree(PageNumber number, int level);
+  void collapseRoot();
+  void moveToRoot(PageNumber child);
+  void checkMap(const std::vector<bool>& tree,
+                const std::function<void(PageNumber, std::u16string_view)>& report) const;
+
   Pager& pager_;
   PageNumber definition_, root_;
   RowId map_;
