@@ -57,8 +57,9 @@ class BTree {
 
     const BTree& tree_;
     PageView leaf_;
-    int index_ = -1;        // of the entry before the place
-    PageNumber steps_ = 0;  // from leaf to leaf: more than there are pages means a cycle
+    int index_ = -1;  // of the entry before the place
+    int64_t steps_ =
+        0;  // leaves gone forward (below 0: back) in one go: more than there are pages is a cycle
     std::string key_;
     RowId row_;
     std::vector<uint16_t> ends_;  // entry ends of the leaf, decoded once a page

@@ -22,7 +22,9 @@ bool BTree::Cursor::step(bool forward) {
   const IndexPage here = tree_.view(leaf_);
   const PageNumber number = here.number(), neighbour = forward ? here.next() : here.previous();
   if (neighbour == 0) return false;
-  if (++steps_ > tree_.pager_.pageCount()) throwDamaged(u"cycle of index pages", number);
+  const int64_t direction = forward ? 1 : -1;
+  steps_ = steps_ * direction > 0 ? steps_ + direction : direction;
+  if (steps_ * direction > tree_.pager_.pageCount()) throwDamaged(u"cycle of index pages", number);
   PageView leaf = tree_.pager_.read(neighbour);
   const IndexPage there = tree_.view(leaf);
   if (!there.isLeaf() || (forward ? there.previous() : there.next()) != number)

@@ -13,7 +13,8 @@ namespace jet {
 int EntryView::compare(const IndexTarget& target) const {
   const size_t mine = keyLength(), common = std::min(mine, target.key.size());
   const size_t inHead = std::min(common, headLength_);
-  if (const int order = std::memcmp(head_, target.key.data(), inHead)) return order;
+  if (inHead > 0)
+    if (const int order = std::memcmp(head_, target.key.data(), inHead)) return order;
   if (common > inHead)
     if (const int order = std::memcmp(tail_, target.key.data() + inHead, common - inHead)) return order;
   if (target.behind) return -1;  // begins with the key, or is part of it
