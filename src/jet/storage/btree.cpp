@@ -62,24 +62,30 @@ PageEdit BTree::newPage(int level) {
   return page;
 }
 
-void BTree::insert(Bytes key, RowId row) {
+bool BTree::insert(Bytes key, RowId row) {
   if (key.size() > maxKey(pager_.layout())) throw Error(3393);
   const IndexTarget target{key, row.stored()};
   Path path;
   PageNumber number;
   uint32_t start;
+  bool newKey = true;
   {
     const PageView leaf = descend(target, &path);
     const IndexPage page = view(leaf);
     number = leaf.number();
     start = page.find(target);
-    if (start < page.used() && page.entry(start).compare(target) == 0) return;
+    if (start < page.used() && page.entry(start).hasKey(key)) {
+      if (page.entry(start).row() == target.row) return false;
+      newKey = false;
+    }
+    if (start > 0 && page.entry(page.entryStart(start), start).hasKey(key)) newKey = false;
   }
   std::string entry;
   entry.reserve(key.size() + kEntryRowBytes);
   entry += asChars(key);
   appendBigEndian(entry, row.stored());
   insertEntry(path, path.depth, number, start, asBytes(entry));
+  return newKey;
 }
 
 // Puts an entry before the one at `start` of a page that is path.depth - depth levels above the leaves.
@@ -254,6 +260,15 @@ void BTree::moveToRoot(PageNumber child) {
 }
 
 bool BTree::containsKey(Bytes key, RowId except) const {
+  {
+    const PageView leaf = descend({key}, nullptr);
+    const IndexPage page = view(leaf);
+    uint32_t start = page.find({key});
+    for (; start < page.used() && page.entry(start).hasKey(key); start = page.entryEnd(start))
+      if (RowId::fromStored(page.entry(start).row()) != except) return true;
+    if (start < page.used() || page.next() == 0) return false;
+  }
+  // The entries may go on in the next leaf.
   Cursor cursor(*this);
   cursor.seek(key);
   while (cursor.next() && std::ranges::equal(cursor.key(), key))

@@ -21,8 +21,9 @@ class BTree {
   // puts it into the map).
   static PageNumber createRoot(Pager& pager, PageNumber definition);
 
-  // Throws 3393 for a key too long for two entries on a page. An entry that is there already stays alone.
-  void insert(Bytes key, RowId row);
+  // False when the key was there already, as far as the leaf tells - good enough for the count of unique
+  // entries. Throws 3393 for a key too long for two entries on a page.
+  bool insert(Bytes key, RowId row);
   // False when there is no such entry.
   bool remove(Bytes key, RowId row);
   // An entry with exactly these key bytes exists (of a row other than `except`).

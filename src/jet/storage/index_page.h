@@ -44,6 +44,7 @@ class EntryView {
   PageNumber child() const { return be32(length_ - kEntryChildBytes); }
   // <0 when the entry lies before the target.
   int compare(const IndexTarget& target) const;
+  bool hasKey(Bytes key) const { return keyLength() == key.size() && compare({key, row()}) == 0; }
   // The first `length` bytes.
   void copy(size_t length, std::string& to) const;
 
