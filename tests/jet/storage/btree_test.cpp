@@ -5,9 +5,8 @@
 #include <random>
 #include <set>
 
-#include "jet/format/error.h"
 #include "jet/format/text.h"
-#include "storage_file.h"
+#include "storage_fixture.h"
 
 namespace jet {
 namespace {
@@ -21,8 +20,8 @@ class Tree {
  public:
   explicit Tree(Version version) : file_(version) {
     root_ = BTree::createRoot(file_.pager(), kDefinition);
-    PageNumber near = 0;
-    map_ = createUsageMap(file_.pager(), near, root_);
+    map_ = file_.newMap();
+    UsageMap(file_.pager(), map_).insert(root_);
   }
   Pager& pager() { return file_.pager(); }
   void reopen() { file_.reopen(); }
@@ -230,12 +229,7 @@ TEST_P(BTreeVersions, RefusesKeysThatAreTooLong) {
   BTree tree = file.tree();
   for (uint8_t i = 0; i < 40; ++i) tree.insert(asBytes(std::string(limit, static_cast<char>(i))), {1, i});
   EXPECT_THAT(file.faults(), testing::IsEmpty());
-  try {
-    tree.insert(asBytes(std::string(limit + 1, 'x')), {1, 1});
-    FAIL();
-  } catch (const Error& error) {
-    EXPECT_EQ(error.number(), 3393);
-  }
+  EXPECT_EQ(errorOf([&] { tree.insert(asBytes(std::string(limit + 1, 'x')), {1, 1}); }), 3393);
 }
 
 // A tree of three levels, and the first page of each with entries.

@@ -10,21 +10,14 @@
 
 #include "jet/format/bytes.h"
 #include "jet/format/text.h"
+#include "jet/hex.h"
 
 namespace jet {
 namespace {
 
-std::string unhex(std::string_view hex) {
-  std::string bytes;
-  for (size_t i = 0; i + 1 < hex.size(); i += 2)
-    bytes += static_cast<char>(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16));
-  return bytes;
-}
-
 std::string hex(std::string_view bytes) {
-  std::string text;
-  char two[3];
-  for (const char c : bytes) std::snprintf(two, sizeof two, "%02X", static_cast<uint8_t>(c)), text += two;
+  std::string text = toHex(asBytes(bytes));
+  std::erase(text, ' ');
   return text;
 }
 
@@ -80,8 +73,8 @@ Type typeOf(const std::string& name) {
 Value parse(Type type, const std::string& text, bool jet3) {
   if (text == "-") return {};
   if (type == Type::Boolean) return Value(text == "true");
-  if (type == Type::Text) return Value(jet3 ? decodeAnsi(asBytes(unhex(text)), 1252) : fromJson(text));
-  const std::string bytes = unhex(text);
+  if (type == Type::Text) return Value(jet3 ? decodeAnsi(asBytes(fromHex(text)), 1252) : fromJson(text));
+  const std::string bytes = fromHex(text);
   const uint8_t* p = asBytes(bytes).data();
   switch (type) {
     case Type::Byte:

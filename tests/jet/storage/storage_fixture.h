@@ -12,13 +12,16 @@
 
 namespace jet {
 
-// A file with a page 0, the two maps of page 1 and nothing else, inside an open transaction that is never
-// committed. Pages 2-5 stay zero: nothing in this layer looks at them.
+// A file with a page 0, the two maps of page 1 and nothing else, inside an open transaction that only
+// reopen() commits. Pages 2-5 stay zero: nothing in this layer looks at them.
 class StorageFile {
  public:
   explicit StorageFile(Version version)
-      : pager_(Pager::create(Environment::system(), newPath(), version, 6)) {
+      : path_(newPath()), pager_(Pager::create(Environment::system(), path_, version, 6)) {
     PageEdit header = pager().write(0);
+    put32(header.data(), 0x100);
+    std::copy_n("Standard Jet DB", 16, header.data() + 4);
+    header.data()[0x14] = static_cast<uint8_t>(version);
     put32(header.data() + kHeaderGlobalMap, 0x100);
     toggleHeaderMask(header.bytes(), version);
     PageEdit maps = pager().write(1);
@@ -29,6 +32,18 @@ class StorageFile {
     data_page::insert(maps.bytes(), layout(), asBytes(map));
     data_page::insert(maps.bytes(), layout(), asBytes(std::string(layout().mapRowSize, '\0')));
   }
+  ~StorageFile() {
+    pager_.reset();
+    std::error_code ignored;
+    std::filesystem::remove(path_, ignored);
+  }
+  void reopen() {
+    pager_->commit();
+    pager_.reset();
+    pager_ = Pager::open(Environment::system(), path_, {.exclusive = true});
+    pager_->begin();
+  }
+
   Pager& pager() { return *pager_; }
   const FileLayout& layout() { return pager().layout(); }
   RowId newMap() { return createUsageMap(pager(), mapPage_); }
@@ -50,6 +65,7 @@ class StorageFile {
     return std::filesystem::temp_directory_path() / (name + ".mdb");
   }
 
+  std::filesystem::path path_;
   std::unique_ptr<Pager> pager_;
   PageNumber mapPage_ = 0;
 };
