@@ -15,9 +15,10 @@ namespace jet {
 class RuleEvaluator {
  public:
   virtual ~RuleEvaluator() = default;
-  // The value of a DefaultValue expression.
-  virtual Value defaultValue(const std::u16string& expression) = 0;
-  // False when the rule is broken. `values` by ordinal; a column's rule has its name left out on the left.
+  // The column's DefaultValue, converted to the column's type.
+  virtual Value defaultValue(const ColumnDef& column) = 0;
+  // False when the rule is broken; a Null result does not break it. `values` by ordinal; a column's rule has
+  // its name left out on the left, a table's rule comes with ordinal -1.
   virtual bool satisfies(const std::u16string& rule, const TableDef& table, int ordinal,
                          std::span<const Value> values) = 0;
 };

@@ -123,7 +123,7 @@ void Recordset::Impl::beginAdd() {
   for (size_t i = 0; i < buffer.size(); ++i) {
     const ColumnDef& column = plan->table->columns[i];
     if (!column.autoNumber && !column.guidAutoNumber && !column.defaultValue.empty())
-      buffer[i] = database.engine->rules().defaultValue(column.defaultValue);
+      buffer[i] = database.engine->rules().defaultValue(column);
   }
   editMode = EditMode::AddNew;
 }
