@@ -149,7 +149,8 @@ void encodeStored(const ColumnLayout& column, const RowLayout& layout, const Val
 using LongValueField = std::string;
 
 // Builds the bytes of a row. `values` by ordinal, already converted to the columns' types; for Memo and
-// OLE columns `longValues[ordinal]` is taken instead (Null when the value is Null).
+// OLE columns `longValues[ordinal]` is taken instead (Null when the value is Null); without such columns the
+// span may be empty.
 // Throws 3047 when the row is longer than the layout allows, 3163 and 3421 as encodeStored does.
 std::string encodeRow(const RowLayout& layout, std::span<const Value> values,
                       std::span<const LongValueField> longValues);
