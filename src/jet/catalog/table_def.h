@@ -15,7 +15,8 @@ struct Property {
   std::u16string name;
   Type type = Type::Text;
   bool design = false;   // built-in: needs design permission
-  std::string stored;    // bytes as in the file, so that nothing is lost on rewriting
+  std::string stored;    // bytes as a Jet 4 file holds them, so that nothing is lost on rewriting
+  uint8_t unknownType = 0;  // the type code when it is none of Type's (`type` then is Binary)
 };
 struct PropertySet {
   std::vector<Property> items;
@@ -32,6 +33,7 @@ struct ColumnDef {
   std::u16string name;
   ColumnLayout layout;
   uint16_t lcid = 0x0409;
+  uint16_t codePage = 1252;   // Jet 3 descriptors name it
   uint16_t position = 0;      // display position
   bool autoNumber = false;
   bool guidAutoNumber = false;
@@ -85,7 +87,8 @@ struct IndexDef {
 struct TableDef {
   std::u16string name;
   PageNumber page = 0;  // first definition page = object id
-  bool system = false;
+  bool system = false;         // by its flags in the catalogue
+  uint8_t storedType = 0x4E;   // 4E 'N' user table, 53 'S' system table
   uint32_t rowCount = 0;
   int32_t lastAutoNumber = 0, autoNumberIncrement = 1;
   RowLayout rowLayout;  // columns in descriptor order
@@ -95,6 +98,7 @@ struct TableDef {
   RowId ownedMap, freeMap;
   PropertySet properties;
   std::u16string validationRule, validationText;
+  std::string stamp;  // what was read to make this definition; equal bytes mean that it still holds
 
   // -1 when there is none; case does not matter.
   int columnOrdinal(std::u16string_view columnName) const;
