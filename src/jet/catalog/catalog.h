@@ -98,10 +98,17 @@ class Catalog {
   virtual void dropIndex(std::u16string_view table, std::u16string_view index) = 0;     // 3372, 3281
   virtual void createRelation(const Relation& relation) = 0;  // 3368, 3378, 3379, 3609
   virtual void dropRelation(std::u16string_view name) = 0;    // 3377
+  // A property with an empty value is removed.
   virtual void setColumnProperty(std::u16string_view table, std::u16string_view column, const Property& property) = 0;
   virtual void setTableProperty(std::u16string_view table, const Property& property) = 0;
 
-  // Counts in the definition page; called by Table.
+  // Counts in the definition page as they are now; a TableDef holds those of the moment it was read.
+  struct Counts {
+    uint32_t rows = 0;
+    int32_t lastAutoNumber = 0;
+  };
+  virtual Counts counts(PageNumber definition) = 0;
+  // Changes the counts in the definition page; called by Table.
   virtual void storeCounts(PageNumber definition, int64_t rowDelta, std::optional<int32_t> lastAutoNumber) = 0;
 };
 

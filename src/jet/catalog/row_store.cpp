@@ -1,0 +1,217 @@
+#include "jet/catalog/row_store.h"
+
+#include <algorithm>
+
+#include "jet/format/error.h"
+#include "jet/format/text.h"
+#include "jet/storage/btree.h"
+#include "jet/storage/long_value.h"
+
+namespace jet {
+
+namespace {
+
+constexpr size_t kLongValueHead = 12;
+constexpr uint32_t kInlineKind = 0x80000000;
+
+bool isJet3(const TableDef& def) { return def.rowLayout.file->version == Version::Jet3; }
+
+BTree treeOf(Pager& pager, const TableDef& def, const RealIndex& index) {
+  return BTree(pager, def.page, index.root, index.map);
+}
+
+LongValueStore longValuesOf(Pager& pager, const ColumnDef& column) {
+  return LongValueStore(pager, column.ownedMap, column.freeMap);
+}
+
+// A field in the row with its value behind it.
+bool isInline(const std::string& field) {
+  return field.size() > kLongValueHead && (get32(asBytes(field).data()) & 0xC0000000) == kInlineKind;
+}
+
+}  // namespace
+
+void addToCounts(Pager& pager, PageNumber definition, int64_t rowDelta, std::optional<int32_t> lastAutoNumber) {
+  const FileLayout& layout = pager.layout();
+  PageEdit page = pager.write(definition);
+  if (page.data()[0] != static_cast<uint8_t>(PageKind::TableDef)) {
+    throwDamaged(u"not a table definition page", definition);
+  }
+  uint8_t* count = page.data() + layout.tdefRowCount;
+  const int64_t rows = std::clamp<int64_t>(int64_t{get32(count)} + rowDelta, 0, 0xFFFFFFFF);
+  put32(count, static_cast<uint32_t>(rows));
+  if (lastAutoNumber) put32(page.data() + layout.tdefAutoNumber, static_cast<uint32_t>(*lastAutoNumber));
+}
+
+RowStore::RowStore(Pager& pager, TableDefPtr def)
+    : pager_(pager), def_(std::move(def)), heap_(pager, def_->page, def_->ownedMap, def_->freeMap) {}
+
+Value RowStore::value(const RowReader& row, int ordinal) const {
+  const ColumnDef& column = def_->columns[ordinal];
+  if (!column.isLongValue()) return row.value(ordinal);
+  const std::optional<LongValueRef> ref = row.longValue(ordinal);
+  if (!ref) return {};
+  const std::string stored = longValuesOf(pager_, column).read(*ref);
+  const Bytes bytes = asBytes(stored);
+  if (column.type() == Type::Ole) return Binary(bytes.begin(), bytes.end());
+  return isJet3(*def_) ? decodeAnsi(bytes, def_->rowLayout.codePage) : decodeText(bytes);
+}
+
+std::optional<std::string> RowStore::key(const RealIndex& index, std::span<const Value> values) const {
+  std::vector<Value> parts;
+  for (const IndexColumn& part : index.columns) parts.push_back(values[part.ordinal]);
+  const bool allNull = std::all_of(parts.begin(), parts.end(), [](const Value& v) { return v.isNull(); });
+  if (index.ignoreNulls && allNull) return std::nullopt;
+  return encodeKey(def_->keyColumns(index, isJet3(*def_)), parts);
+}
+
+// Values of the columns that some index has; Null for the others.
+std::vector<Value> RowStore::indexedValues(const RowReader& row) const {
+  std::vector<Value> values(def_->columns.size());
+  for (const RealIndex& index : def_->realIndexes) {
+    for (const IndexColumn& part : index.columns) {
+      if (values[part.ordinal].isNull()) values[part.ordinal] = value(row, part.ordinal);
+    }
+  }
+  return values;
+}
+
+void RowStore::checkKey(const RealIndex& index, std::span<const Value> values,
+                        const std::optional<std::string>& key, RowId self) const {
+  bool someNull = false;
+  for (const IndexColumn& part : index.columns) {
+    const ColumnDef& column = def_->columns[part.ordinal];
+    // A boolean is never Null; an absent one is False.
+    if (values[part.ordinal].isNull() && column.type() != Type::Boolean) someNull = true;
+    const bool text = column.type() == Type::Text || column.type() == Type::Memo;
+    if (text && !Collation::get(column.lcid, isJet3(*def_)).isExact()) throw Error(3027);
+  }
+  if (someNull && index.required) throw Error(3058, {}, "DAO.Recordset");
+  if (!index.unique || someNull || !key) return;
+  if (treeOf(pager_, *def_, index).containsKey(asBytes(*key), self)) throw Error(3022, {}, "DAO.Recordset");
+}
+
+std::string RowStore::writeLongValue(int ordinal, const Value& value) const {
+  if (value.isNull()) return {};
+  const ColumnDef& column = def_->columns[ordinal];
+  std::string stored;
+  if (const Text* text = value.getIf<Text>()) {
+    if (isJet3(*def_)) {
+      encodeAnsi(*text, def_->rowLayout.codePage, stored);
+    } else {
+      encodeText(*text, column.layout.compressed, stored);
+    }
+  } else if (const Binary* binary = value.getIf<Binary>()) {
+    stored.assign(binary->begin(), binary->end());
+  } else {
+    throw Error(3421);
+  }
+  return longValuesOf(pager_, column).write(asBytes(stored));
+}
+
+void RowStore::removeLongValue(const RowReader& row, int ordinal) const {
+  if (!def_->columns[ordinal].isLongValue()) return;
+  if (const auto ref = row.longValue(ordinal)) longValuesOf(pager_, def_->columns[ordinal]).remove(*ref);
+}
+
+// Values that stand in the row move out, longest first, until the row is short enough.
+std::string RowStore::encode(std::vector<Value>& values, std::vector<std::string>& longValues) const {
+  for (;;) {
+    try {
+      return encodeRow(def_->rowLayout, values, longValues);
+    } catch (const Error& error) {
+      if (error.number() != 3047) throw;
+      const auto longest = std::max_element(
+          longValues.begin(), longValues.end(), [](const std::string& a, const std::string& b) {
+            return (isInline(a) ? a.size() : 0) < (isInline(b) ? b.size() : 0);
+          });
+      if (longest == longValues.end() || !isInline(*longest)) throw;
+      const ColumnDef& column = def_->columns[longest - longValues.begin()];
+      const std::string stored = longest->substr(kLongValueHead);
+      *longest = longValuesOf(pager_, column).write(asBytes(stored), true);
+    }
+  }
+}
+
+RowId RowStore::insert(std::span<const Value> values, std::optional<int32_t> lastAutoNumber) {
+  std::vector<Value> row(values.begin(), values.end());
+  std::vector<std::string> longValues(row.size());
+  std::vector<std::optional<std::string>> keys;
+  for (const RealIndex& index : def_->realIndexes) {
+    keys.push_back(key(index, values));
+    checkKey(index, values, keys.back(), {});
+  }
+  for (size_t i = 0; i < row.size(); ++i) {
+    if (def_->columns[i].isLongValue()) longValues[i] = writeLongValue(static_cast<int>(i), row[i]);
+  }
+  const std::string bytes = encode(row, longValues);
+  const RowId id = heap_.insert(asBytes(bytes));
+  for (size_t i = 0; i < keys.size(); ++i) {
+    if (keys[i]) treeOf(pager_, *def_, def_->realIndexes[i]).insert(asBytes(*keys[i]), id);
+  }
+  addToCounts(pager_, def_->page, 1, lastAutoNumber);
+  return id;
+}
+
+void RowStore::update(RowId row, std::span<const Change> changes) {
+  const std::optional<Heap::Row> present = heap_.fetch(row);
+  if (!present) throw Error(3167, {}, "DAO.Recordset");
+  const std::string old(asChars(present->bytes));  // the page changes below
+  const RowReader reader(def_->rowLayout, asBytes(old), present->where);
+
+  const std::vector<Value> before = indexedValues(reader);
+  std::vector<Value> after = before, values(def_->columns.size());
+  std::vector<std::string> longValues(def_->columns.size());
+  std::vector<bool> changed(def_->columns.size());
+  for (const Change& change : changes) {
+    changed[change.ordinal] = true;
+    after[change.ordinal] = change.value;
+    values[change.ordinal] = change.value;
+  }
+
+  std::vector<std::optional<std::string>> oldKeys, newKeys;
+  for (const RealIndex& index : def_->realIndexes) {
+    oldKeys.push_back(key(index, before));
+    newKeys.push_back(key(index, after));
+    if (oldKeys.back() != newKeys.back()) checkKey(index, after, newKeys.back(), row);
+  }
+
+  for (size_t i = 0; i < values.size(); ++i) {
+    const int ordinal = static_cast<int>(i);
+    const bool isLong = def_->columns[i].isLongValue();
+    if (changed[i]) {
+      if (isLong) longValues[i] = writeLongValue(ordinal, values[i]);
+    } else if (!isLong) {
+      values[i] = reader.value(ordinal);
+    } else if (!reader.isNull(ordinal)) {
+      values[i] = Binary();  // any value that is not Null: the field is taken as it stands
+      longValues[i] = asChars(reader.stored(ordinal));
+    }
+  }
+  heap_.update(row, asBytes(encode(values, longValues)));
+  for (size_t i = 0; i < changed.size(); ++i) {
+    if (changed[i]) removeLongValue(reader, static_cast<int>(i));
+  }
+  for (size_t i = 0; i < oldKeys.size(); ++i) {
+    if (oldKeys[i] == newKeys[i]) continue;
+    BTree tree = treeOf(pager_, *def_, def_->realIndexes[i]);
+    if (oldKeys[i]) tree.remove(asBytes(*oldKeys[i]), row);
+    if (newKeys[i]) tree.insert(asBytes(*newKeys[i]), row);
+  }
+}
+
+void RowStore::remove(RowId row) {
+  const std::optional<Heap::Row> present = heap_.fetch(row);
+  if (!present) throw Error(3167, {}, "DAO.Recordset");
+  const std::string old(asChars(present->bytes));
+  const RowReader reader(def_->rowLayout, asBytes(old), present->where);
+  const std::vector<Value> values = indexedValues(reader);
+  for (const RealIndex& index : def_->realIndexes) {
+    if (const auto k = key(index, values)) treeOf(pager_, *def_, index).remove(asBytes(*k), row);
+  }
+  for (size_t i = 0; i < def_->columns.size(); ++i) removeLongValue(reader, static_cast<int>(i));
+  heap_.remove(row);
+  addToCounts(pager_, def_->page, -1);
+}
+
+}  // namespace jet

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "jet/catalog/table_def.h"
+#include "jet/storage/heap.h"
+
+namespace jet {
+
+// Adds to the row count of a definition page; sets its last AutoNumber when one is given.
+void addToCounts(Pager& pager, PageNumber definition, int64_t rowDelta, std::optional<int32_t> lastAutoNumber = {});
+
+// The rows of one table with their long values, index entries and row count kept together. Knows no defaults,
+// rules or relationships. A change that throws may leave a part of itself behind: the caller's transaction
+// level takes it back.
+class RowStore {
+ public:
+  RowStore(Pager& pager, TableDefPtr def);
+
+  struct Change {
+    int ordinal;
+    Value value;
+  };
+
+  // `values` by ordinal, of the columns' types. Throws 3058 (Null in a required index), 3022 (unique), 3047 (row too
+  // long), 3163 (text too long), 3027 (an index of a sort order that cannot be written).
+  RowId insert(std::span<const Value> values, std::optional<int32_t> lastAutoNumber = {});
+  // Columns not named keep what they hold. Throws 3167 when the row is gone, and what insert throws.
+  void update(RowId row, std::span<const Change> changes);
+  // Throws 3167 when the row is gone.
+  void remove(RowId row);
+
+  // One column of a row, long values followed.
+  Value value(const RowReader& row, int ordinal) const;
+  RowReader reader(Bytes row, PageNumber where) const { return RowReader(def_->rowLayout, row, where); }
+  // The row's key in a real index; nullopt when the index has no entry for it (ignored Nulls).
+  std::optional<std::string> key(const RealIndex& index, std::span<const Value> values) const;
+
+  const TableDef& def() const { return *def_; }
+  const Heap& heap() const { return heap_; }
+  Heap::Scan scan() const { return Heap::Scan(heap_); }
+
+ private:
+  std::vector<Value> indexedValues(const RowReader& row) const;
+  void checkKey(const RealIndex& index, std::span<const Value> values, const std::optional<std::string>& key,
+                RowId self) const;
+  std::string encode(std::vector<Value>& values, std::vector<std::string>& longValues) const;
+  std::string writeLongValue(int ordinal, const Value& value) const;
+  void removeLongValue(const RowReader& row, int ordinal) const;
+
+  Pager& pager_;
+  TableDefPtr def_;
+  Heap heap_;
+};
+
+}  // namespace jet
