@@ -95,18 +95,20 @@ std::string RowStore::writeLongValue(int ordinal, const Value& value) const {
   if (value.isNull()) return {};
   const ColumnDef& column = def_->columns[ordinal];
   std::string stored;
+  bool mustMoveOut = false;
   if (const Text* text = value.getIf<Text>()) {
     if (isJet3(*def_)) {
       encodeAnsi(*text, def_->rowLayout.codePage, stored);
     } else {
       encodeText(*text, column.layout.compressed, stored);
+      mustMoveOut = 2 * text->size() > pager_.layout().maxInlineBytes;  // counts before compression
     }
   } else if (const Binary* binary = value.getIf<Binary>()) {
     stored.assign(binary->begin(), binary->end());
   } else {
     throw Error(3421);
   }
-  return longValuesOf(pager_, column).write(asBytes(stored));
+  return longValuesOf(pager_, column).write(asBytes(stored), mustMoveOut);
 }
 
 void RowStore::removeLongValue(const RowReader& row, int ordinal) const {

@@ -59,10 +59,11 @@ size_t leastRow(const TableDef& def) {
 
 void freeLongValues(Pager& pager, const ColumnDef& column) {
   if (!column.isLongValue()) return;
-  PageAllocator allocator(pager);
-  for (const PageNumber page : UsageMap(pager, column.ownedMap).pages()) allocator.free(page);
+  const std::vector<PageNumber> pages = UsageMap(pager, column.ownedMap).pages();
   dropUsageMap(pager, column.ownedMap);
   if (!column.freeMap.isNull()) dropUsageMap(pager, column.freeMap);
+  PageAllocator allocator(pager);
+  for (const PageNumber page : pages) allocator.free(page);
 }
 
 void putProperty(PropertySet& set, const Property& property) {

@@ -176,8 +176,8 @@ TEST_F(CatalogDdl, WhatWasCreatedIsFoundAgain) {
   db_.pager.reset();
   if (std::system("command -v mdb-tables >/dev/null") != 0) return;
   EXPECT_EQ(run("mdb-tables -1 " + path_.string()), "Pracownicy\nPozycje\n");
-  const std::string schema = run("mdb-schema --indexes --relations " + path_.string() + " sqlite");
-  for (const char* expected : {"`Nazwisko`", "NOT NULL", "varchar", "UNIQUE INDEX", "`Uwagi`"}) {
+  const std::string schema = run("mdb-schema --indexes --relations --not-null " + path_.string() + " postgres");
+  for (const char* expected : {"\"nazwisko\"\t\t\tVARCHAR (40) NOT NULL", "PRIMARY KEY (\"id\")", "REFERENCES \"Pracownicy\"(\"id\") ON UPDATE CASCADE", "UNIQUE", "\"uwagi\""}) {
     EXPECT_NE(schema.find(expected), schema.npos) << expected << "\n" << schema;
   }
   EXPECT_EQ(run("mdb-export -H " + path_.string() + " Pracownicy"), "1,\"Żak\",\"07/06/09 12:00:00\",\"Łódź\"\n");

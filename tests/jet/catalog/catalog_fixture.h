@@ -1,9 +1,12 @@
 #pragma once
 
+#include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "jet/catalog/catalog.h"
 #include "jet/format/error.h"
@@ -50,6 +53,18 @@ inline OpenDatabase createDatabase(const std::filesystem::path& path, uint16_t l
   db.catalog = Catalog::createDatabase(*db.pager, lcid, password);
   db.pager->commit();
   return db;
+}
+
+// Real files of the folder that TANDEKO_SAMPLES names; none without it.
+inline std::vector<std::filesystem::path> samples() {
+  std::vector<std::filesystem::path> files;
+  const char* folder = std::getenv("TANDEKO_SAMPLES");
+  if (!folder) return files;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    if (entry.path().extension() == ".mdb") files.push_back(entry.path());
+  }
+  std::sort(files.begin(), files.end());
+  return files;
 }
 
 // The number of the jet::Error that `action` throws; 0 when it throws none.

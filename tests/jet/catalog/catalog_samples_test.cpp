@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <fstream>
 #include <sstream>
 
@@ -141,7 +140,9 @@ std::vector<std::string> structureLines(Catalog& catalog) {
     putIndexes(*table, lines);
   }
   std::vector<std::string> relations;
-  for (const Relation& r : catalog.relations()) relations.push_back(relationLine(r));
+  for (const Relation& r : catalog.relations()) {
+    if (!catalog.table(r.table)->system) relations.push_back(relationLine(r));  // the dumps have user tables only
+  }
   std::sort(relations.begin(), relations.end());
   lines.insert(lines.end(), relations.begin(), relations.end());
   return lines;
@@ -156,17 +157,6 @@ std::vector<std::string> dumpedLines(const std::filesystem::path& dump) {
   return lines;
 }
 
-std::vector<std::filesystem::path> samples() {
-  std::vector<std::filesystem::path> files;
-  const char* folder = std::getenv("TANDEKO_SAMPLES");
-  if (!folder) return files;
-  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-    if (entry.path().extension() == ".mdb") files.push_back(entry.path());
-  }
-  std::sort(files.begin(), files.end());
-  return files;
-}
-
 TEST(CatalogSamples, StructureMatchesTheDumps) {
   if (samples().empty()) GTEST_SKIP() << "TANDEKO_SAMPLES names no folder with samples";
   const ScratchFolder scratch;
@@ -175,7 +165,10 @@ TEST(CatalogSamples, StructureMatchesTheDumps) {
     const auto copy = scratch / file.filename().string();
     std::filesystem::copy_file(file, copy);
     const OpenDatabase db = openDatabase(copy);
-    EXPECT_EQ(structureLines(*db.catalog), dumpedLines(std::filesystem::path(file).replace_extension(".txt")));
+    const std::vector<std::string> actual = structureLines(*db.catalog);
+    const std::vector<std::string> expected = dumpedLines(std::filesystem::path(file).replace_extension(".txt"));
+    for (size_t i = 0; i < std::min(actual.size(), expected.size()); ++i) EXPECT_EQ(actual[i], expected[i]);
+    EXPECT_EQ(actual.size(), expected.size()) << (actual.size() > expected.size() ? actual : expected).back();
   }
 }
 
