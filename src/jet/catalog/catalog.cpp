@@ -66,9 +66,15 @@ std::vector<std::u16string> FileCatalog::userTables() {
   return names;
 }
 
-// What a definition was made from, without the counts that every new row changes.
+// What a definition was made from, without the counts and statistics that every new row changes.
 std::string FileCatalog::stampOf(const TdefBytes& stored, const std::string& row) const {
-  return row + stored.bytes.substr(std::min<size_t>(stored.bytes.size(), pager_.layout().tdefType));
+  const FileLayout& layout = pager_.layout();
+  std::string stamp = row;
+  if (stored.bytes.size() < layout.tdefBlocks) return stamp;
+  stamp.append(stored.bytes, layout.tdefType, layout.tdefBlocks - layout.tdefType);
+  const size_t indexes = get32(asBytes(stored.bytes).data() + layout.tdefRealIndexes);
+  const size_t statistics = std::min(indexes * layout.indexStatSize, stored.bytes.size() - layout.tdefBlocks);
+  return stamp.append(stored.bytes, layout.tdefBlocks + statistics, std::string::npos);
 }
 
 TableDefPtr FileCatalog::load(const ObjectStore::Entry& entry) {
@@ -143,7 +149,8 @@ Catalog::Counts FileCatalog::counts(PageNumber definition) {
           .lastAutoNumber = static_cast<int32_t>(get32(page.data() + layout.tdefAutoNumber))};
 }
 
-void FileCatalog::storeCounts(PageNumber definition, int64_t rowDelta, std::optional<int32_t> lastAutoNumber) {
+void FileCatalog::storeCounts(PageNumber definition, int64_t rowDelta,
+                              std::optional<int32_t> lastAutoNumber) {
   addToCounts(pager_, definition, rowDelta, lastAutoNumber);
 }
 
@@ -167,14 +174,14 @@ FileCatalog::Draft FileCatalog::draft(std::u16string_view table) {
 
 void FileCatalog::store(Draft& draft, bool withProperties) {
   TableDef& def = draft.def;
-  std::stable_sort(def.indexes.begin(), def.indexes.end(), [](const IndexDef& a, const IndexDef& b) {
-    return foldName(a.name) < foldName(b.name);
-  });
+  std::stable_sort(def.indexes.begin(), def.indexes.end(),
+                   [](const IndexDef& a, const IndexDef& b) { return foldName(a.name) < foldName(b.name); });
   def.rowLayout.columns.clear();
   for (const ColumnDef& column : def.columns) def.rowLayout.columns.push_back(column.layout);
   writeTdef(pager_, def, draft.pages);
-  const std::string properties =
-      draft.properties.empty() ? std::string() : encodeProperties(draft.properties, header_.version, header_.codePage);
+  const std::string properties = draft.properties.empty()
+                                     ? std::string()
+                                     : encodeProperties(draft.properties, header_.version, header_.codePage);
   objects_->change(draft.entry.row, std::nullopt, withProperties ? &properties : nullptr);
   changed();
 }

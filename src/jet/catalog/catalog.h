@@ -10,13 +10,13 @@ namespace jet {
 struct NewColumn {
   std::u16string name;
   Type type = Type::Text;
-  int size = 0;            // characters of Text (0: 255), bytes of Binary (0: 255)
+  int size = 0;  // characters of Text (0: 255), bytes of Binary (0: 255)
   bool autoNumber = false;
   bool required = false;
   std::optional<bool> allowZeroLength;  // nullopt: no property, allowed
   bool compressed = true;
   std::u16string defaultValue, validationRule, validationText, description;
-  uint8_t precision = 18, scale = 0;    // Decimal
+  uint8_t precision = 18, scale = 0;  // Decimal
 };
 
 struct NewIndex {
@@ -34,7 +34,7 @@ struct NewTable {
 
 struct Relation {
   std::u16string name;
-  std::u16string table;           // the primary ("one") side
+  std::u16string table;  // the primary ("one") side
   std::u16string foreignTable;
   std::vector<std::pair<std::u16string, std::u16string>> columns;  // primary, foreign
   bool enforced = true, unique = false, cascadeUpdates = false, cascadeDeletes = false, cascadeNull = false;
@@ -88,18 +88,19 @@ class Catalog {
 
   // Throws 3010, 3125, 3190, 3191, 3017, ...
   virtual TableDefPtr createTable(const NewTable& table) = 0;
-  virtual void dropTable(std::u16string_view name) = 0;     // 3376, 3281 when a relationship needs it
+  virtual void dropTable(std::u16string_view name) = 0;  // 3376, 3281 when a relationship needs it
   virtual void renameTable(std::u16string_view from, std::u16string_view to) = 0;
   virtual void addColumn(std::u16string_view table, const NewColumn& column) = 0;
   virtual void dropColumn(std::u16string_view table, std::u16string_view column) = 0;  // 3280, 3303
   virtual void renameColumn(std::u16string_view table, std::u16string_view from, std::u16string_view to) = 0;
   // Builds the index from the rows present: 3022, 3058, 3283, 3284/3375, 3409.
   virtual void createIndex(std::u16string_view table, const NewIndex& index) = 0;
-  virtual void dropIndex(std::u16string_view table, std::u16string_view index) = 0;     // 3372, 3281
-  virtual void createRelation(const Relation& relation) = 0;  // 3368, 3378, 3379, 3609
-  virtual void dropRelation(std::u16string_view name) = 0;    // 3377
+  virtual void dropIndex(std::u16string_view table, std::u16string_view index) = 0;  // 3372, 3281
+  virtual void createRelation(const Relation& relation) = 0;                         // 3368, 3378, 3379, 3609
+  virtual void dropRelation(std::u16string_view name) = 0;                           // 3377
   // A property with an empty value is removed.
-  virtual void setColumnProperty(std::u16string_view table, std::u16string_view column, const Property& property) = 0;
+  virtual void setColumnProperty(std::u16string_view table, std::u16string_view column,
+                                 const Property& property) = 0;
   virtual void setTableProperty(std::u16string_view table, const Property& property) = 0;
 
   // Counts in the definition page as they are now; a TableDef holds those of the moment it was read.
@@ -109,7 +110,8 @@ class Catalog {
   };
   virtual Counts counts(PageNumber definition) = 0;
   // Changes the counts in the definition page; called by Table.
-  virtual void storeCounts(PageNumber definition, int64_t rowDelta, std::optional<int32_t> lastAutoNumber) = 0;
+  virtual void storeCounts(PageNumber definition, int64_t rowDelta,
+                           std::optional<int32_t> lastAutoNumber) = 0;
 };
 
 }  // namespace jet

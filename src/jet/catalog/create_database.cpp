@@ -31,7 +31,6 @@ struct SystemIndex {
   uint8_t map;                    // row of the map page
   PageNumber root;
   uint8_t flags;
-  uint32_t uniqueEntries;
 };
 
 struct SystemName {
@@ -79,7 +78,7 @@ const SystemTable& objectsTable() {
                   {u"RmtInfoLong", 12, Type::Ole, 0, kVariable, 6, 0},
                   {u"RmtInfoShort", 11, Type::Binary, 510, kVariable, 5, 0},
                   {u"Type", 3, Type::Integer, 2, kFixed, 1, 8}},
-      .realIndexes = {{{1, 2}, 16, 7, 0x81, 8}, {{0}, 17, 8, 0x81, 8}},
+      .realIndexes = {{{1, 2}, 16, 7, 0x81}, {{0}, 17, 8, 0x81}},
       .indexes = {{u"Id", 1, true}, {u"ParentIdName", 0, false}},
       .longValues = {{8, 2}, {9, 4}, {12, 6}, {13, 8}, {14, 10}, {15, 12}, {16, 14}}};
   return table;
@@ -93,7 +92,7 @@ const SystemTable& acesTable() {
                                              {u"FInheritable", 3, Type::Boolean, 1, kFixed, 1, 0},
                                              {u"ObjectId", 0, Type::Long, 4, kFixed, 0, 0},
                                              {u"SID", 1, Type::Binary, 510, kSid, 0, 0}},
-                                 .realIndexes = {{{0}, 20, 9, 0x88, 8}},
+                                 .realIndexes = {{{0}, 20, 9, 0x88}},
                                  .indexes = {{u"ObjectId", 0, false}},
                                  .longValues = {}};
   return table;
@@ -111,7 +110,7 @@ const SystemTable& queriesTable() {
                                              {u"Name2", 4, Type::Text, 510, kVariable, 2, 0},
                                              {u"ObjectId", 0, Type::Long, 4, kFixed, 0, 0},
                                              {u"Order", 2, Type::Binary, 510, kVariable, 0, 0}},
-                                 .realIndexes = {{{0, 1, 2}, 25, 10, 0x81, 0}},
+                                 .realIndexes = {{{0, 1, 2}, 25, 10, 0x81}},
                                  .indexes = {{u"ObjectIdAttribute", 0, true}},
                                  .longValues = {{5, 23}}};
   return table;
@@ -130,7 +129,7 @@ const SystemTable& relationshipsTable() {
                   {u"szReferencedColumn", 7, Type::Text, 510, kVariable, 4, 0},
                   {u"szReferencedObject", 6, Type::Text, 510, kVariable, 3, 0},
                   {u"szRelationship", 0, Type::Text, 510, kVariable, 0, 0}},
-      .realIndexes = {{{0}, 28, 11, 0x82, 0}, {{4}, 29, 12, 0x82, 0}, {{6}, 30, 13, 0x82, 0}},
+      .realIndexes = {{{0}, 28, 11, 0x82}, {{4}, 29, 12, 0x82}, {{6}, 30, 13, 0x82}},
       .indexes = {{u"szObject", 1, false}, {u"szReferencedObject", 2, false}, {u"szRelationship", 0, false}},
       .longValues = {}};
   return table;
@@ -179,7 +178,6 @@ TableDef definitionOf(const SystemTable& from, const FileHeader& header) {
     index.required = (i.flags & 8) != 0;
     index.root = i.root;
     index.map = {kMapPage, i.map};
-    index.uniqueEntries = i.uniqueEntries;
     def.realIndexes.push_back(std::move(index));
   }
   for (const SystemName& n : from.indexes) {
@@ -233,7 +231,8 @@ void writeUsageMaps(Pager& pager, std::span<const SystemTable* const> tables) {
 }
 
 Binary maskedSid(const uint8_t (&plain)[2]) {
-  return {static_cast<uint8_t>(plain[0] ^ kNewFileSidMask[0]), static_cast<uint8_t>(plain[1] ^ kNewFileSidMask[1])};
+  return {static_cast<uint8_t>(plain[0] ^ kNewFileSidMask[0]),
+          static_cast<uint8_t>(plain[1] ^ kNewFileSidMask[1])};
 }
 
 void insertObjects(RowStore& store, double now) {

@@ -16,7 +16,8 @@ constexpr uint8_t kSignature[20] = {0,   1,   0,   0,   'S', 't', 'a', 'n', 'd',
 constexpr uint8_t kNewFileDate[8] = {0x3E, 0x85, 0xD3, 0x3B, 0x3E, 0xAB, 0xE4, 0x40};
 constexpr uint32_t kBuild = 9756;
 
-constexpr size_t kOrder3 = 0x3A, kBuildNumber = 0x6A, kOrder4 = 0x6E, kCreated = 0x72, kMark = 0x98, kMaskedEnd = 0x98;
+constexpr size_t kOrder3 = 0x3A, kBuildNumber = 0x6A, kOrder4 = 0x6E, kCreated = 0x72, kMark = 0x98,
+                 kMaskedEnd = 0x98;
 constexpr size_t kPasswordBytes4 = 40, kPasswordBytes3 = 20;
 
 // The second mask of a Jet 4 password: the creation day as s32, repeated.

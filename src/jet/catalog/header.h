@@ -6,8 +6,8 @@
 
 namespace jet {
 
-// Page 0. Bytes 0-3 are 00 01 00 00, 4-19 the signature, 20 the version; from 0x18 a region of 128 bytes (Jet 4) or
-// 126 (Jet 3) is masked with a constant:
+// Page 0. Bytes 0-3 are 00 01 00 00, 4-19 the signature, 20 the version; from 0x18 a region of 128 bytes (Jet
+// 4) or 126 (Jet 3) is masked with a constant:
 //
 //   0x18 u32 row of the free-page map      0x1C u32 row of the second map
 //   0x20 u32 x 4: definitions of MSysObjects, MSysACEs, MSysQueries, MSysRelationships

@@ -15,9 +15,9 @@ constexpr uint8_t kFlagUnique = 0x01, kFlagIgnoreNulls = 0x02, kFlagRequired = 0
 
 // Gives the index its tree and map, both empty, and a place in the definition.
 int FileCatalog::makeRealIndex(TableDef& def, RealIndex index, PageNumber& mapPage) {
-  index.flags = static_cast<uint8_t>(kFlagJet4 | (index.unique ? kFlagUnique : 0) |
-                                     (index.ignoreNulls ? kFlagIgnoreNulls : 0) |
-                                     (index.required ? kFlagRequired : 0));
+  index.flags =
+      static_cast<uint8_t>(kFlagJet4 | (index.unique ? kFlagUnique : 0) |
+                           (index.ignoreNulls ? kFlagIgnoreNulls : 0) | (index.required ? kFlagRequired : 0));
   index.root = BTree::createRoot(pager_, def.page);
   index.map = createUsageMap(pager_, mapPage, index.root);
   def.realIndexes.push_back(std::move(index));
@@ -135,8 +135,8 @@ void FileCatalog::dropIndex(std::u16string_view table, std::u16string_view index
   change.commit();
 }
 
-// Frees the tree and takes the real index out of the definition; no logical index may use it any more unless the whole
-// table goes.
+// Frees the tree and takes the real index out of the definition; no logical index may use it any more unless
+// the whole table goes.
 void FileCatalog::releaseRealIndex(TableDef& def, int real) {
   const RealIndex index = def.realIndexes[real];
   BTree(pager_, def.page, index.root, index.map).removeAll();

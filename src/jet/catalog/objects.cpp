@@ -23,7 +23,8 @@ SystemRow& SystemRow::set(std::u16string_view column, Value value) {
   return *this;
 }
 
-ObjectStore::ObjectStore(Pager& pager, TableDefPtr objects) : pager_(pager), rows_(pager, std::move(objects)) {
+ObjectStore::ObjectStore(Pager& pager, TableDefPtr objects)
+    : pager_(pager), rows_(pager, std::move(objects)) {
   const TableDef& def = rows_.def();
   columns_ = {.id = systemColumn(def, u"Id", Type::Long),
               .parent = systemColumn(def, u"ParentId", Type::Long),
@@ -119,8 +120,8 @@ void ObjectStore::add(const CatalogObject& object, const std::string& properties
 // owner takes that place, unless another one is the owner's already.
 void ObjectStore::copyPermissions(int32_t container, int32_t object, const TableDefPtr& aces) {
   RowStore store(pager_, aces);
-  const int id = systemColumn(*aces, u"ObjectId", Type::Long), sid = systemColumn(*aces, u"SID", Type::Binary),
-            acm = systemColumn(*aces, u"ACM", Type::Long),
+  const int id = systemColumn(*aces, u"ObjectId", Type::Long),
+            sid = systemColumn(*aces, u"SID", Type::Binary), acm = systemColumn(*aces, u"ACM", Type::Long),
             inheritable = systemColumn(*aces, u"FInheritable", Type::Boolean);
   const Binary owner = ownerOf(u"MSysDb"), engine = ownerOf(u"MSysObjects");
   Binary creator(kSidCreator, kSidCreator + 2);
@@ -153,7 +154,8 @@ void ObjectStore::remove(const Entry& entry, const TableDefPtr& aces) {
   const int id = systemColumn(*aces, u"ObjectId", Type::Long);
   std::vector<RowId> doomed;
   for (Heap::Scan scan = store.scan(); scan.next();) {
-    if (store.reader(scan.bytes(), scan.where()).value(id) == Value(entry.object.id)) doomed.push_back(scan.id());
+    if (store.reader(scan.bytes(), scan.where()).value(id) == Value(entry.object.id))
+      doomed.push_back(scan.id());
   }
   for (const RowId row : doomed) store.remove(row);
 }

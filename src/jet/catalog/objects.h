@@ -11,13 +11,16 @@
 namespace jet {
 
 // Object types and containers of MSysObjects.
-constexpr int16_t kObjectTable = 1, kObjectDatabase = 2, kObjectContainer = 3, kObjectQuery = 5, kObjectRelation = 8;
-constexpr int32_t kContainerRoot = 0x0F000000, kTablesContainer = 0x0F000001, kDatabasesContainer = 0x0F000002,
-                  kRelationsContainer = 0x0F000003, kDatabaseObject = 0x10000000;
+constexpr int16_t kObjectTable = 1, kObjectDatabase = 2, kObjectContainer = 3, kObjectQuery = 5,
+                  kObjectRelation = 8;
+constexpr int32_t kContainerRoot = 0x0F000000, kTablesContainer = 0x0F000001,
+                  kDatabasesContainer = 0x0F000002, kRelationsContainer = 0x0F000003,
+                  kDatabaseObject = 0x10000000;
 constexpr uint32_t kSystemFlags = 0x80000002;  // made with the file, or the user interface's
 constexpr PageNumber kObjectsPage = 2;
 
-// Users and groups as the file stores them: short identifiers, masked in Jet 4 with two bytes that depend on the file.
+// Users and groups as the file stores them: short identifiers, masked in Jet 4 with two bytes that depend on
+// the file.
 constexpr uint8_t kSidEngine[2] = {0x02, 0x03}, kSidAdmin[2] = {0x03, 0x01}, kSidUsers[2] = {0x02, 0x01},
                   kSidCreator[2] = {0x02, 0x04};
 

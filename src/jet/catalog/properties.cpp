@@ -70,7 +70,8 @@ class BlobReader {
     while (!payload.empty()) blob.names.push_back(name(payload));
   }
 
-  PropertyBlob::Owner readOwner(uint16_t kind, Bytes payload, const std::vector<std::u16string>& names) const {
+  PropertyBlob::Owner readOwner(uint16_t kind, Bytes payload,
+                                const std::vector<std::u16string>& names) const {
     PropertyBlob::Owner owner{.kind = kind, .name = {}, .set = {}};
     const uint32_t ownerLength = get32(take(payload, 4).data());
     if (ownerLength < 6) fail();

@@ -10,8 +10,8 @@ namespace jet {
 
 // The properties of one catalogue object and its columns, as the object's LvProp value holds them:
 //
-//   4D 52 32 00 ("MR2", UTF-16 texts; Jet 4) or 4B 4B 44 00 ("KKD", texts of the code page; Jet 3), then chunks of
-//   u32 length of the chunk, u16 kind, payload:
+//   4D 52 32 00 ("MR2", UTF-16 texts; Jet 4) or 4B 4B 44 00 ("KKD", texts of the code page; Jet 3), then
+//   chunks of u32 length of the chunk, u16 kind, payload:
 //     kind 80  names: { u16 byte length, name } ...; values refer to them by position
 //     kind 0   the object's properties, kind 1 one column's:
 //              u32 4 + 2 + name length, u16 name length, owner's name,

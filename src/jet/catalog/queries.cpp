@@ -12,9 +12,12 @@ std::optional<std::u16string> FileCatalog::querySql(std::u16string_view name) {
   if (!query) return std::nullopt;
 
   const TableDefPtr def = systemTable(u"MSysQueries");
-  const int id = systemColumn(*def, u"ObjectId", Type::Long), attribute = systemColumn(*def, u"Attribute", Type::Byte),
-            order = systemColumn(*def, u"Order", Type::Binary), flag = systemColumn(*def, u"Flag", Type::Integer),
-            name1 = systemColumn(*def, u"Name1", Type::Text), name2 = systemColumn(*def, u"Name2", Type::Text),
+  const int id = systemColumn(*def, u"ObjectId", Type::Long),
+            attribute = systemColumn(*def, u"Attribute", Type::Byte),
+            order = systemColumn(*def, u"Order", Type::Binary),
+            flag = systemColumn(*def, u"Flag", Type::Integer),
+            name1 = systemColumn(*def, u"Name1", Type::Text),
+            name2 = systemColumn(*def, u"Name2", Type::Text),
             expression = systemColumn(*def, u"Expression", Type::Memo);
   const RowStore rows(pager_, def);
   std::vector<QueryPart> parts;

@@ -11,9 +11,32 @@ namespace jet {
 
 namespace {
 
-enum Attribute { kKind = 1, kParameter, kOptions, kSourceFile, kInput, kOutput, kJoin, kWhere, kGroup, kHaving, kOrder };
-enum Kind { kSelect = 1, kMakeTable, kAppend, kUpdate, kDelete, kCrosstab, kDefinition, kPassThrough, kUnion };
-constexpr int kAllFields = 0x01, kDistinct = 0x02, kOwnerAccess = 0x04, kDistinctRow = 0x08, kTop = 0x10, kPercent = 0x20;
+enum Attribute {
+  kKind = 1,
+  kParameter,
+  kOptions,
+  kSourceFile,
+  kInput,
+  kOutput,
+  kJoin,
+  kWhere,
+  kGroup,
+  kHaving,
+  kOrder
+};
+enum Kind {
+  kSelect = 1,
+  kMakeTable,
+  kAppend,
+  kUpdate,
+  kDelete,
+  kCrosstab,
+  kDefinition,
+  kPassThrough,
+  kUnion
+};
+constexpr int kAllFields = 0x01, kDistinct = 0x02, kOwnerAccess = 0x04, kDistinctRow = 0x08, kTop = 0x10,
+              kPercent = 0x20;
 constexpr int kAppendValues = 0x8000;
 constexpr int kPivot = 1, kRowHeading = 2;  // flags of a crosstab's output columns; 0 is the value
 
@@ -43,8 +66,8 @@ std::u16string join(const std::vector<std::u16string>& items, std::u16string_vie
 
 std::u16string_view parameterType(int code) {
   static constexpr std::u16string_view kNames[] = {
-      u"Value", u"Bit",      u"Byte",   u"Short", u"Long",       u"Currency", u"IEEESingle", u"IEEEDouble",
-      u"DateTime", u"Binary", u"Text", u"LongBinary", u"LongText", u"Value", u"Value", u"Guid"};
+      u"Value",    u"Bit",    u"Byte", u"Short",      u"Long",     u"Currency", u"IEEESingle", u"IEEEDouble",
+      u"DateTime", u"Binary", u"Text", u"LongBinary", u"LongText", u"Value",    u"Value",      u"Guid"};
   return code >= 0 && code < static_cast<int>(std::size(kNames)) ? kNames[code] : kNames[0];
 }
 
@@ -58,14 +81,29 @@ class QueryWriter {
     if (kind->flag == kDefinition || kind->flag == kPassThrough) return trimmed(kind->expression);
     std::u16string sql = parameters();
     switch (kind->flag) {
-      case kSelect: sql += select({}); break;
-      case kMakeTable: sql += select(u" INTO " + quoted(kind->name1) + inFile(kind->name2, kind->expression)); break;
-      case kAppend: sql += append(*kind); break;
-      case kUpdate: sql += update(); break;
-      case kDelete: sql += u"DELETE " + distinct() + outputs(-1) + from() + where(); break;
-      case kCrosstab: sql += crosstab(); break;
-      case kUnion: sql += unite(); break;
-      default: fail();
+      case kSelect:
+        sql += select({});
+        break;
+      case kMakeTable:
+        sql += select(u" INTO " + quoted(kind->name1) + inFile(kind->name2, kind->expression));
+        break;
+      case kAppend:
+        sql += append(*kind);
+        break;
+      case kUpdate:
+        sql += update();
+        break;
+      case kDelete:
+        sql += u"DELETE " + distinct() + outputs(-1) + from() + where();
+        break;
+      case kCrosstab:
+        sql += crosstab();
+        break;
+      case kUnion:
+        sql += unite();
+        break;
+      default:
+        fail();
     }
     if (options() & kOwnerAccess) sql += u" WITH OWNERACCESS OPTION";
     return sql + u";";
@@ -185,7 +223,8 @@ class QueryWriter {
     std::vector<JoinGroup> groups;
     for (const QueryPart* p : all(kJoin)) {
       const auto same = std::find_if(groups.begin(), groups.end(), [&](const JoinGroup& g) {
-        return g.part->flag == p->flag && sameName(g.part->name1, p->name1) && sameName(g.part->name2, p->name2);
+        return g.part->flag == p->flag && sameName(g.part->name1, p->name1) &&
+               sameName(g.part->name2, p->name2);
       });
       if (same != groups.end()) {
         same->conditions.push_back(p->expression);

@@ -38,8 +38,7 @@ int32_t numberOf(const RowReader& row, int ordinal) {
 uint32_t flagsOf(const Relation& relation) {
   return (relation.unique ? kOneToOne : 0) | (relation.enforced ? 0 : kNotEnforced) |
          (relation.cascadeUpdates ? kCascadeUpdates : 0) | (relation.cascadeDeletes ? kCascadeDeletes : 0) |
-         (relation.cascadeNull ? kCascadeNull : 0) |
-         (relation.join == Relation::Join::Left ? kLeftJoin : 0) |
+         (relation.cascadeNull ? kCascadeNull : 0) | (relation.join == Relation::Join::Left ? kLeftJoin : 0) |
          (relation.join == Relation::Join::Right ? kRightJoin : 0);
 }
 
@@ -85,14 +84,16 @@ void checkTypes(const Pairs& pairs, const TableDef& primary, const TableDef& for
   }
 }
 
-// The unique index over exactly the referenced columns, the primary key before others; the pairs take its order.
+// The unique index over exactly the referenced columns, the primary key before others; the pairs take its
+// order.
 int findReferenced(const TableDef& primary, Pairs& pairs) {
   const IndexDef* best = nullptr;
   for (const IndexDef& index : primary.indexes) {
     const RealIndex& real = primary.realIndexes[index.real];
     if (index.foreign || !real.unique || real.columns.size() != pairs.size()) continue;
     const bool covers = std::all_of(real.columns.begin(), real.columns.end(), [&](const IndexColumn& part) {
-      return std::any_of(pairs.begin(), pairs.end(), [&](const auto& pair) { return pair.first == part.ordinal; });
+      return std::any_of(pairs.begin(), pairs.end(),
+                         [&](const auto& pair) { return pair.first == part.ordinal; });
     });
     if (covers && (!best || index.primary)) best = &index;
   }
@@ -160,7 +161,9 @@ void FileCatalog::createRelation(const Relation& relation) {
   requireWritable();
   Transaction change(pager_);
   Relation made = relation;
-  const auto taken = [&](std::u16string_view name) { return objects_->find(kRelationsContainer, name).has_value(); };
+  const auto taken = [&](std::u16string_view name) {
+    return objects_->find(kRelationsContainer, name).has_value();
+  };
   if (made.name.empty()) {
     const std::u16string base = (made.table + made.foreignTable).substr(0, kMaxNameLength - 3);
     made.name = base;

@@ -31,16 +31,23 @@ bool isInline(const std::string& field) {
 
 }  // namespace
 
-void addToCounts(Pager& pager, PageNumber definition, int64_t rowDelta, std::optional<int32_t> lastAutoNumber) {
+void addToCounts(Pager& pager, PageNumber definition, int64_t rowDelta, std::optional<int32_t> lastAutoNumber,
+                 uint64_t newKeys) {
   const FileLayout& layout = pager.layout();
   PageEdit page = pager.write(definition);
-  if (page.data()[0] != static_cast<uint8_t>(PageKind::TableDef)) {
+  uint8_t* p = page.data();
+  if (p[0] != static_cast<uint8_t>(PageKind::TableDef)) {
     throwDamaged(u"not a table definition page", definition);
   }
-  uint8_t* count = page.data() + layout.tdefRowCount;
-  const int64_t rows = std::clamp<int64_t>(int64_t{get32(count)} + rowDelta, 0, 0xFFFFFFFF);
-  put32(count, static_cast<uint32_t>(rows));
-  if (lastAutoNumber) put32(page.data() + layout.tdefAutoNumber, static_cast<uint32_t>(*lastAutoNumber));
+  const int64_t rows = std::clamp<int64_t>(int64_t{get32(p + layout.tdefRowCount)} + rowDelta, 0, 0xFFFFFFFF);
+  put32(p + layout.tdefRowCount, static_cast<uint32_t>(rows));
+  if (lastAutoNumber) put32(p + layout.tdefAutoNumber, static_cast<uint32_t>(*lastAutoNumber));
+  for (uint32_t i = 0; newKeys != 0; ++i, newKeys >>= 1) {
+    if ((newKeys & 1) == 0) continue;
+    uint8_t* uniqueEntries =
+        p + layout.tdefBlocks + i * layout.indexStatSize + 4;  // of 64: on the first page
+    put32(uniqueEntries, get32(uniqueEntries) + 1);
+  }
 }
 
 RowStore::RowStore(Pager& pager, TableDefPtr def)
@@ -135,6 +142,12 @@ std::string RowStore::encode(std::vector<Value>& values, std::vector<std::string
   }
 }
 
+// The index's bit when the key is new in it.
+uint64_t RowStore::insertKey(size_t index, const std::string& key, RowId row) const {
+  const bool isNew = treeOf(pager_, *def_, def_->realIndexes[index]).insert(asBytes(key), row);
+  return isNew && index < 64 ? uint64_t{1} << index : 0;
+}
+
 RowId RowStore::insert(std::span<const Value> values, std::optional<int32_t> lastAutoNumber) {
   std::vector<Value> row(values.begin(), values.end());
   std::vector<std::string> longValues(row.size());
@@ -148,10 +161,11 @@ RowId RowStore::insert(std::span<const Value> values, std::optional<int32_t> las
   }
   const std::string bytes = encode(row, longValues);
   const RowId id = heap_.insert(asBytes(bytes));
+  uint64_t newKeys = 0;
   for (size_t i = 0; i < keys.size(); ++i) {
-    if (keys[i]) treeOf(pager_, *def_, def_->realIndexes[i]).insert(asBytes(*keys[i]), id);
+    if (keys[i]) newKeys |= insertKey(i, *keys[i], id);
   }
-  addToCounts(pager_, def_->page, 1, lastAutoNumber);
+  addToCounts(pager_, def_->page, 1, lastAutoNumber, newKeys);
   return id;
 }
 
@@ -194,12 +208,13 @@ void RowStore::update(RowId row, std::span<const Change> changes) {
   for (size_t i = 0; i < changed.size(); ++i) {
     if (changed[i]) removeLongValue(reader, static_cast<int>(i));
   }
+  uint64_t freshKeys = 0;
   for (size_t i = 0; i < oldKeys.size(); ++i) {
     if (oldKeys[i] == newKeys[i]) continue;
-    BTree tree = treeOf(pager_, *def_, def_->realIndexes[i]);
-    if (oldKeys[i]) tree.remove(asBytes(*oldKeys[i]), row);
-    if (newKeys[i]) tree.insert(asBytes(*newKeys[i]), row);
+    if (oldKeys[i]) treeOf(pager_, *def_, def_->realIndexes[i]).remove(asBytes(*oldKeys[i]), row);
+    if (newKeys[i]) freshKeys |= insertKey(i, *newKeys[i], row);
   }
+  if (freshKeys != 0) addToCounts(pager_, def_->page, 0, {}, freshKeys);
 }
 
 void RowStore::remove(RowId row) {

@@ -9,8 +9,10 @@
 
 namespace jet {
 
-// Adds to the row count of a definition page; sets its last AutoNumber when one is given.
-void addToCounts(Pager& pager, PageNumber definition, int64_t rowDelta, std::optional<int32_t> lastAutoNumber = {});
+// Adds to the row count of a definition page; sets its last AutoNumber when one is given. `newKeys`: real
+// indexes (bit by position) that got a key they did not have before.
+void addToCounts(Pager& pager, PageNumber definition, int64_t rowDelta,
+                 std::optional<int32_t> lastAutoNumber = {}, uint64_t newKeys = 0);
 
 // The rows of one table with their long values, index entries and row count kept together. Knows no defaults,
 // rules or relationships. A change that throws may leave a part of itself behind: the caller's transaction
@@ -24,8 +26,8 @@ class RowStore {
     Value value;
   };
 
-  // `values` by ordinal, of the columns' types. Throws 3058 (Null in a required index), 3022 (unique), 3047 (row too
-  // long), 3163 (text too long), 3027 (an index of a sort order that cannot be written).
+  // `values` by ordinal, of the columns' types. Throws 3058 (Null in a required index), 3022 (unique), 3047
+  // (row too long), 3163 (text too long), 3027 (an index of a sort order that cannot be written).
   RowId insert(std::span<const Value> values, std::optional<int32_t> lastAutoNumber = {});
   // Columns not named keep what they hold. Throws 3167 when the row is gone, and what insert throws.
   void update(RowId row, std::span<const Change> changes);
@@ -46,6 +48,7 @@ class RowStore {
   std::vector<Value> indexedValues(const RowReader& row) const;
   void checkKey(const RealIndex& index, std::span<const Value> values, const std::optional<std::string>& key,
                 RowId self) const;
+  uint64_t insertKey(size_t index, const std::string& key, RowId row) const;
   std::string encode(std::vector<Value>& values, std::vector<std::string>& longValues) const;
   std::string writeLongValue(int ordinal, const Value& value) const;
   void removeLongValue(const RowReader& row, int ordinal) const;

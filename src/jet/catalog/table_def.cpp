@@ -11,9 +11,10 @@ namespace {
 
 // Properties that the engine or the designer defines; changing them needs design permission.
 constexpr std::array<std::u16string_view, 14> kDesignProperties = {
-    u"Required",   u"AllowZeroLength", u"DefaultValue", u"ValidationRule", u"ValidationText",
-    u"Description", u"Format",         u"InputMask",    u"Caption",        u"DecimalPlaces",
-    u"DisplayControl", u"UnicodeCompression", u"GUID",  u"Orientation"};
+    u"Required",       u"AllowZeroLength", u"DefaultValue",   u"ValidationRule",
+    u"ValidationText", u"Description",     u"Format",         u"InputMask",
+    u"Caption",        u"DecimalPlaces",   u"DisplayControl", u"UnicodeCompression",
+    u"GUID",           u"Orientation"};
 
 bool isDesignProperty(std::u16string_view name) {
   return std::any_of(kDesignProperties.begin(), kDesignProperties.end(),

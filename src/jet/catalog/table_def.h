@@ -14,8 +14,8 @@ namespace jet {
 struct Property {
   std::u16string name;
   Type type = Type::Text;
-  bool design = false;   // built-in: needs design permission
-  std::string stored;    // bytes as a Jet 4 file holds them, so that nothing is lost on rewriting
+  bool design = false;      // built-in: needs design permission
+  std::string stored;       // bytes as a Jet 4 file holds them, so that nothing is lost on rewriting
   uint8_t unknownType = 0;  // the type code when it is none of Type's (`type` then is Binary)
 };
 struct PropertySet {
@@ -33,8 +33,8 @@ struct ColumnDef {
   std::u16string name;
   ColumnLayout layout;
   uint16_t lcid = 0x0409;
-  uint16_t codePage = 1252;   // Jet 3 descriptors name it
-  uint16_t position = 0;      // display position
+  uint16_t codePage = 1252;  // Jet 3 descriptors name it
+  uint16_t position = 0;     // display position
   bool autoNumber = false;
   bool guidAutoNumber = false;
   bool hyperlink = false;
@@ -73,8 +73,8 @@ enum class RelationSide : uint8_t { None = 0, Primary = 1, Foreign = 2 };
 // A name for a real index, with what it stands for.
 struct IndexDef {
   std::u16string name;
-  uint32_t number = 0;   // unique within the table
-  int real = 0;          // into TableDef::realIndexes
+  uint32_t number = 0;  // unique within the table
+  int real = 0;         // into TableDef::realIndexes
   bool primary = false;
   bool foreign = false;  // kind 2: made by a relationship
   RelationSide side = RelationSide::None;
@@ -86,9 +86,9 @@ struct IndexDef {
 // A table's definition, complete. Immutable once handed out; changes go through Catalog.
 struct TableDef {
   std::u16string name;
-  PageNumber page = 0;  // first definition page = object id
-  bool system = false;         // by its flags in the catalogue
-  uint8_t storedType = 0x4E;   // 4E 'N' user table, 53 'S' system table
+  PageNumber page = 0;        // first definition page = object id
+  bool system = false;        // by its flags in the catalogue
+  uint8_t storedType = 0x4E;  // 4E 'N' user table, 53 'S' system table
   uint32_t rowCount = 0;
   int32_t lastAutoNumber = 0, autoNumberIncrement = 1;
   RowLayout rowLayout;  // columns in descriptor order

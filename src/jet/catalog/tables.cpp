@@ -18,14 +18,19 @@ bool isText(Type type) { return type == Type::Text || type == Type::Memo; }
 uint16_t storedLength(const NewColumn& column) {
   switch (column.type) {
     case Type::Boolean:
-    case Type::Byte: return 1;
-    case Type::Integer: return 2;
+    case Type::Byte:
+      return 1;
+    case Type::Integer:
+      return 2;
     case Type::Long:
-    case Type::Single: return 4;
+    case Type::Single:
+      return 4;
     case Type::Currency:
     case Type::Double:
-    case Type::Date: return 8;
-    case Type::Guid: return 16;
+    case Type::Date:
+      return 8;
+    case Type::Guid:
+      return 16;
     case Type::Decimal:
       if (column.precision < 1 || column.precision > 28 || column.scale > column.precision) throw Error(3259);
       return 17;
@@ -36,14 +41,14 @@ uint16_t storedLength(const NewColumn& column) {
       if (column.size < 0 || column.size > kMaxBinarySize) throw Error(3017);
       return static_cast<uint16_t>(column.size == 0 ? kDefaultTextSize : column.size);
     case Type::Memo:
-    case Type::Ole: return 0;
-    default: throw Error(3259);
+    case Type::Ole:
+      return 0;
+    default:
+      throw Error(3259);
   }
 }
 
-bool isFixedType(Type type) {
-  return !isText(type) && type != Type::Binary && type != Type::Ole;
-}
+bool isFixedType(Type type) { return !isText(type) && type != Type::Binary && type != Type::Ole; }
 
 // Bytes of a row's fixed part and frame: what every row takes at least.
 size_t leastRow(const TableDef& def) {
@@ -109,8 +114,8 @@ void FileCatalog::appendColumn(TableDef& def, const NewColumn& column) const {
   } else if (column.type != Type::Boolean) {
     for (const ColumnDef& other : def.columns) {
       if (!other.layout.fixed || other.type() == Type::Boolean) continue;
-      layout.fixedOffset = std::max(layout.fixedOffset,
-                                    static_cast<uint16_t>(other.layout.fixedOffset + other.layout.length));
+      layout.fixedOffset =
+          std::max(layout.fixedOffset, static_cast<uint16_t>(other.layout.fixedOffset + other.layout.length));
     }
   }
   added.autoNumber = column.autoNumber && column.type == Type::Long;

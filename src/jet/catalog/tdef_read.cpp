@@ -15,38 +15,44 @@ constexpr uint32_t kMaxStoredIndexes = 128;
 constexpr size_t kPageHead = 8;
 
 Type columnType(uint8_t code, PageNumber page) {
-  switch (code) {
-    case 0x01: case 0x02: case 0x03: case 0x04: case 0x05: case 0x06: case 0x07: case 0x08: case 0x09:
-    case 0x0A: case 0x0B: case 0x0C: case 0x0F: case 0x10: case 0x11:
-      return static_cast<Type>(code);
-    case 0x0D: case 0x0E: return Type::Binary;  // unused codes, seen as bytes
-    case 0x12: case 0x13: throw Error(3259);
-    default: throwDamaged(u"a column has an unknown type", page);
-  }
+  if (code == 0x0D || code == 0x0E) return Type::Binary;  // unused codes, seen as bytes
+  if (code == 0x12 || code == 0x13) throw Error(3259);    // of a later format
+  if (code < 0x01 || code > 0x11) throwDamaged(u"a column has an unknown type", page);
+  return static_cast<Type>(code);
 }
 
 // Bytes of a type whose values all have the same size; 0 for the others.
 uint16_t fixedSize(Type type) {
   switch (type) {
     case Type::Boolean:
-    case Type::Byte: return 1;
-    case Type::Integer: return 2;
+    case Type::Byte:
+      return 1;
+    case Type::Integer:
+      return 2;
     case Type::Long:
-    case Type::Single: return 4;
+    case Type::Single:
+      return 4;
     case Type::Currency:
     case Type::Double:
-    case Type::Date: return 8;
-    case Type::Guid: return 16;
-    case Type::Decimal: return 17;
-    default: return 0;
+    case Type::Date:
+      return 8;
+    case Type::Guid:
+      return 16;
+    case Type::Decimal:
+      return 17;
+    default:
+      return 0;
   }
 }
 
 class TdefReader {
  public:
   TdefReader(const TdefBytes& stored, const FileHeader& header)
-      : bytes_(asBytes(stored.bytes)), page_(stored.pages.front()), header_(header),
-        layout_(FileLayout::of(header.version)), jet3_(header.version == Version::Jet3) {}
+      : bytes_(asBytes(stored.bytes)),
+        page_(stored.pages.front()),
+        header_(header),
+        layout_(FileLayout::of(header.version)),
+        jet3_(header.version == Version::Jet3) {}
 
   TableDef read() {
     readHead();
@@ -135,7 +141,8 @@ class TdefReader {
     c.fixedOffset = get16(p + layout_.columnSize - 4);
     c.length = get16(p + layout_.columnSize - 2);
     c.fixed = (column.flags & 0x01) != 0;
-    c.compressed = !jet3_ && (column.extendedFlags & 0x01) != 0 && (c.type == Type::Text || c.type == Type::Memo);
+    c.compressed =
+        !jet3_ && (column.extendedFlags & 0x01) != 0 && (c.type == Type::Text || c.type == Type::Memo);
     column.autoNumber = c.type == Type::Long && (column.flags & 0x04) != 0;
     column.guidAutoNumber = c.type == Type::Guid && (column.flags & 0x40) != 0;
     column.hyperlink = c.type == Type::Memo && (column.flags & 0x80) != 0;
@@ -162,7 +169,8 @@ class TdefReader {
     if (const uint16_t size = fixedSize(c.type); size != 0 && size != c.length) {
       fail(u"a column has an impossible length");
     }
-    if (c.fixedOffset + uint32_t{c.length} > layout_.pageSize) fail(u"a fixed column lies outside of the row");
+    if (c.fixedOffset + uint32_t{c.length} > layout_.pageSize)
+      fail(u"a fixed column lies outside of the row");
   }
 
   int ordinalOf(uint16_t number) const {
@@ -270,6 +278,8 @@ TdefBytes readTdefBytes(Pager& pager, PageNumber first) {
   return stored;
 }
 
-TableDef parseTdef(const TdefBytes& stored, const FileHeader& header) { return TdefReader(stored, header).read(); }
+TableDef parseTdef(const TdefBytes& stored, const FileHeader& header) {
+  return TdefReader(stored, header).read();
+}
 
 }  // namespace jet

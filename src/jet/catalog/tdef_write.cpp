@@ -148,9 +148,8 @@ void writeTdef(Pager& pager, const TableDef& table, const std::vector<PageNumber
   const FileLayout& layout = pager.layout();
   const std::string bytes = encodeTdef(table, layout.version);
   const size_t perPage = layout.pageSize - kPageHead;
-  const size_t needed = bytes.size() <= layout.pageSize
-                            ? 1
-                            : 1 + (bytes.size() - layout.pageSize + perPage - 1) / perPage;
+  const size_t needed =
+      bytes.size() <= layout.pageSize ? 1 : 1 + (bytes.size() - layout.pageSize + perPage - 1) / perPage;
 
   std::vector<PageNumber> pages = present;
   PageAllocator allocator(pager);

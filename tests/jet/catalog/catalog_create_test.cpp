@@ -2,10 +2,10 @@
 
 #include <fstream>
 
-#include "jet/catalog/header.h"
-#include "jet/catalog/properties.h"
 #include "../hex.h"
 #include "catalog_fixture.h"
+#include "jet/catalog/header.h"
+#include "jet/catalog/properties.h"
 
 namespace jet {
 namespace {
@@ -20,7 +20,8 @@ std::string page(const std::string& file, size_t number) { return file.substr(nu
 void expectBytes(const std::string& file, size_t pageNumber, size_t offset, std::string_view hex) {
   const std::string expected = fromHex(hex);
   const std::string actual = page(file, pageNumber).substr(offset, expected.size());
-  EXPECT_EQ(toHex(asBytes(actual)), toHex(asBytes(expected))) << "page " << pageNumber << " offset " << offset;
+  EXPECT_EQ(toHex(asBytes(actual)), toHex(asBytes(expected)))
+      << "page " << pageNumber << " offset " << offset;
 }
 
 // Bytes of a file that the original engine created.
@@ -30,43 +31,49 @@ TEST(CreateDatabase, LooksLikeTheOriginalsEmptyFile) {
   createDatabase(path);
   const std::string file = fileBytes(path);
   ASSERT_EQ(file.size(), 16u * 4096);
-  expectBytes(file, 0, 0,
-              "00 01 00 00 53 74 61 6E 64 61 72 64 20 4A 65 74 20 44 42 00 01 00 00 00 B5 6E 03 62 60 09 C2 55 "
-              "E9 A9 67 72 40 3F 00 9C 7E 9F 90 FF 85 9A 31 C5 79 BA ED 30 BC DF CC 9D 63 D9 E4 C3 9F 46 FB 8A "
-              "BC 4E DF 5E EC 37 04 E1 9C FA 9F FB 28 E6 4A 13 8A 60 0D 31 7B 36 AC D7 DF B1 2E 51 13 43 96 0A "
-              "B1 33 6D C4 79 5B CB 10 7C 2A 19 D7 7C 99 08 1F 98 FD 2C CA 99 AF 52 95 84 66 5F 95 F8 D0 89 24 "
-              "85 67 C6 1F 27 44 D2 EE CF 65 ED FF 07 C7 46 A1 78 16 0C ED E9 2D 62 D4 54 06 00 00 34 2E 30 00");
+  expectBytes(
+      file, 0, 0,
+      "00 01 00 00 53 74 61 6E 64 61 72 64 20 4A 65 74 20 44 42 00 01 00 00 00 B5 6E 03 62 60 09 C2 55 "
+      "E9 A9 67 72 40 3F 00 9C 7E 9F 90 FF 85 9A 31 C5 79 BA ED 30 BC DF CC 9D 63 D9 E4 C3 9F 46 FB 8A "
+      "BC 4E DF 5E EC 37 04 E1 9C FA 9F FB 28 E6 4A 13 8A 60 0D 31 7B 36 AC D7 DF B1 2E 51 13 43 96 0A "
+      "B1 33 6D C4 79 5B CB 10 7C 2A 19 D7 7C 99 08 1F 98 FD 2C CA 99 AF 52 95 84 66 5F 95 F8 D0 89 24 "
+      "85 67 C6 1F 27 44 D2 EE CF 65 ED FF 07 C7 46 A1 78 16 0C ED E9 2D 62 D4 54 06 00 00 34 2E 30 00");
   expectBytes(file, 1, 0, "01 01 64 0F 01 00 00 00 00 00 00 00 02 00 BB 0F 76 0F");
   expectBytes(file, 1, 0xFBB, "00 00 00 00 00 00 00 FF FF FF FF");
   expectBytes(file, 2, 0, "02 01 DE 0B 00 00 00 00 1A 04 00 00 59 06 00 00 08 00 00 00");
   // MSysACEs complete, up to the unused entries of its index.
-  expectBytes(file, 3, 0,
-              "02 01 A9 0E 00 00 00 00 4F 01 00 00 59 06 00 00 10 00 00 00 00 00 00 00 01 00 00 00 00 00 00 00 "
-              "00 00 00 00 00 00 00 00 53 04 00 01 00 04 00 01 00 00 00 01 00 00 00 12 06 00 00 13 06 00 00 00 "
-              "00 00 00 08 00 00 00 00 00 00 00 04 59 06 00 00 02 00 01 00 00 00 09 04 00 00 13 00 00 00 00 00 "
-              "04 00 04 00 01 59 06 00 00 03 00 01 00 00 00 09 04 00 00 13 00 00 00 00 00 00 00 01 00 04 59 06 "
-              "00 00 00 00 00 00 00 00 09 04 00 00 13 00 00 00 00 00 00 00 04 00 09 59 06 00 00 01 00 00 00 00 "
-              "00 09 04 00 00 32 00 00 00 00 00 00 00 FE 01 06 00 41 00 43 00 4D 00 18 00 46 00 49 00 6E 00 68 "
-              "00 65 00 72 00 69 00 74 00 61 00 62 00 6C 00 65 00 10 00 4F 00 62 00 6A 00 65 00 63 00 74 00 49 "
-              "00 64 00 06 00 53 00 49 00 44 00 83 07 00 00 00 00 01 FF FF 00 FF FF 00 FF FF 00");
-  expectBytes(file, 3, 0x10D, "14 06 00 00 09 00 00 00 00 00 00 00 88 00 00 00 00 00 59 06 00 00 00 00 00 00 00 "
-                              "00 00 00 00 FF FF FF FF 00 00 00 00 04 04 00 00 00 00 00 10 00 4F 00 62 00 6A 00 65 "
-                              "00 63 00 74 00 49 00 64 00 FF FF");
+  expectBytes(
+      file, 3, 0,
+      "02 01 A9 0E 00 00 00 00 4F 01 00 00 59 06 00 00 10 00 00 00 00 00 00 00 01 00 00 00 00 00 00 00 "
+      "00 00 00 00 00 00 00 00 53 04 00 01 00 04 00 01 00 00 00 01 00 00 00 12 06 00 00 13 06 00 00 00 "
+      "00 00 00 08 00 00 00 00 00 00 00 04 59 06 00 00 02 00 01 00 00 00 09 04 00 00 13 00 00 00 00 00 "
+      "04 00 04 00 01 59 06 00 00 03 00 01 00 00 00 09 04 00 00 13 00 00 00 00 00 00 00 01 00 04 59 06 "
+      "00 00 00 00 00 00 00 00 09 04 00 00 13 00 00 00 00 00 00 00 04 00 09 59 06 00 00 01 00 00 00 00 "
+      "00 09 04 00 00 32 00 00 00 00 00 00 00 FE 01 06 00 41 00 43 00 4D 00 18 00 46 00 49 00 6E 00 68 "
+      "00 65 00 72 00 69 00 74 00 61 00 62 00 6C 00 65 00 10 00 4F 00 62 00 6A 00 65 00 63 00 74 00 49 "
+      "00 64 00 06 00 53 00 49 00 44 00 83 07 00 00 00 00 01 FF FF 00 FF FF 00 FF FF 00");
+  expectBytes(file, 3, 0x10D,
+              "14 06 00 00 09 00 00 00 00 00 00 00 88 00 00 00 00 00 59 06 00 00 00 00 00 00 00 "
+              "00 00 00 00 FF FF FF FF 00 00 00 00 04 04 00 00 00 00 00 10 00 4F 00 62 00 6A 00 65 "
+              "00 63 00 74 00 49 00 64 00 FF FF");
   expectBytes(file, 6, 0, "01 01 59 07 00 00 00 00 00 00 00 00 1F 00 BB 0F 76 0F");
   expectBytes(file, 6, 0xFBB, "00 00 00 00 00 00 40 00");
-  expectBytes(file, 7, 0, "04 01 6F 0D 02 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
-                          "20 00 00 40 00 00 01 00 10 00 00 08 00 00 04 00 00 80 00 00 02 00 00");
-  expectBytes(file, 7, 0x1E0,
-              "7F 8F 00 00 00 7F 4F 4A 6D 4A 4C 4A 6B 51 6B 01 00 00 00 0E 01 7F 8F 00 00 00 7F 69 51 5E 4A 6D "
-              "59 64 62 6B 57 59 66 6B 01 00 00 00 0E 02 7F 8F 00 00 00 7F 6D 4A 4C 5E 51 6B 01 00 00 00 0E 00");
+  expectBytes(file, 7, 0,
+              "04 01 6F 0D 02 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
+              "20 00 00 40 00 00 01 00 10 00 00 08 00 00 04 00 00 80 00 00 02 00 00");
+  expectBytes(
+      file, 7, 0x1E0,
+      "7F 8F 00 00 00 7F 4F 4A 6D 4A 4C 4A 6B 51 6B 01 00 00 00 0E 01 7F 8F 00 00 00 7F 69 51 5E 4A 6D "
+      "59 64 62 6B 57 59 66 6B 01 00 00 00 0E 02 7F 8F 00 00 00 7F 6D 4A 4C 5E 51 6B 01 00 00 00 0E 00");
   expectBytes(file, 8, 2, "D8 0D 02 00");
   expectBytes(file, 9, 2, "90 0D 03 00");
   for (size_t root = 10; root <= 13; ++root) expectBytes(file, root, 0, "04 01 20 0E");
   expectBytes(file, 14, 0, "01 01 48 0D 02 00 00 00");
   expectBytes(file, 14, 4096 - 75, "11 00 01 00 00 0F 00 00 00 0F 03 00");
-  expectBytes(file, 14, 4096 - 75 + 28,
-              "00 00 00 80 54 00 61 00 62 00 6C 00 65 00 73 00 65 89 2E 00 2E 00 2E 00 2E 00 2E 00 2E 00 2E 00 "
-              "2E 00 2E 00 2E 00 2C 00 20 00 0B 00 FF 00 00");
+  expectBytes(
+      file, 14, 4096 - 75 + 28,
+      "00 00 00 80 54 00 61 00 62 00 6C 00 65 00 73 00 65 89 2E 00 2E 00 2E 00 2E 00 2E 00 2E 00 2E 00 "
+      "2E 00 2E 00 2E 00 2C 00 20 00 0B 00 FF 00 00");
   expectBytes(file, 15, 0, "01 01 A2 0E 03 00 00 00");
 }
 

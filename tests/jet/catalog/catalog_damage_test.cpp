@@ -47,7 +47,13 @@ void changeEverything(OpenDatabase& db) {
   NewColumn column;
   column.name = u"nowa";
   column.type = Type::Memo;
-  attempt([&] { db->createTable({.name = u"Nowa", .columns = {column}, .indexes = {{.name = u"i", .columns = {{u"nowa", false}}}}, .validationRule = {}, .validationText = {}}); });
+  attempt([&] {
+    db->createTable({.name = u"Nowa",
+                     .columns = {column},
+                     .indexes = {{.name = u"i", .columns = {{u"nowa", false}}}},
+                     .validationRule = {},
+                     .validationText = {}});
+  });
   for (const std::u16string& name : tables) {
     TableDefPtr table;
     attempt([&] { table = db->table(name); });
@@ -90,8 +96,10 @@ TEST(CatalogDamage, CreatedFile) {
   const auto path = scratch / "damaged.mdb";
   {
     const OpenDatabase db = createDatabase(path, 0x0415);
-    NewTable table{.name = u"T", .columns = {}, .indexes = {}, .validationRule = u"[a]>0", .validationText = {}};
-    for (const auto& [name, type] : {std::pair{u"a", Type::Long}, {u"b", Type::Text}, {u"c", Type::Memo}, {u"d", Type::Boolean}}) {
+    NewTable table{
+        .name = u"T", .columns = {}, .indexes = {}, .validationRule = u"[a]>0", .validationText = {}};
+    for (const auto& [name, type] :
+         {std::pair{u"a", Type::Long}, {u"b", Type::Text}, {u"c", Type::Memo}, {u"d", Type::Boolean}}) {
       NewColumn c;
       c.name = name;
       c.type = type;
@@ -132,7 +140,8 @@ TEST(CatalogDamage, EveryByteOfADefinition) {
   const TdefBytes stored = readTdefBytes(*db.pager, 2);
   int refused = 0;
   for (size_t i = 8; i < stored.bytes.size(); ++i) {
-    for (const char value : {'\0', '\xFF', static_cast<char>(stored.bytes[i] ^ 1), static_cast<char>(stored.bytes[i] ^ 0x80)}) {
+    for (const char value :
+         {'\0', '\xFF', static_cast<char>(stored.bytes[i] ^ 1), static_cast<char>(stored.bytes[i] ^ 0x80)}) {
       TdefBytes damaged = stored;
       damaged.bytes[i] = value;
       refused += errorOf([&] { parseTdef(damaged, db->header()); }) != 0;

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "catalog_fixture.h"
 #include "jet/catalog/row_store.h"
 #include "jet/format/text.h"
 #include "jet/storage/btree.h"
-#include "catalog_fixture.h"
 
 namespace jet {
 namespace {
@@ -33,17 +33,27 @@ NewIndex plainIndex(const char16_t* name, const char16_t* columnName) {
   return {.name = name, .columns = {{columnName, false}}};
 }
 
-// Employees (id, name, hired, notes) and items (id, employee, label) with an enforced relationship when asked for.
+// Employees (id, name, hired, notes) and items (id, employee, label) with an enforced relationship when asked
+// for.
 void makeFirm(Catalog& catalog) {
-  NewTable people{.name = u"Pracownicy", .columns = {}, .indexes = {primaryKey(u"Id")}, .validationRule = {}, .validationText = {}};
+  NewTable people{.name = u"Pracownicy",
+                  .columns = {},
+                  .indexes = {primaryKey(u"Id")},
+                  .validationRule = {},
+                  .validationText = {}};
   people.columns = {counter(u"Id"), column(u"Nazwisko", Type::Text, 40), column(u"Data", Type::Date),
                     column(u"Uwagi", Type::Memo)};
   people.columns[1].required = true;
   people.columns[1].allowZeroLength = false;
   people.columns[2].defaultValue = u"Date()";
-  people.indexes.push_back({.name = u"Nazwisko", .columns = {{u"Nazwisko", false}, {u"Id", true}}, .unique = true});
+  people.indexes.push_back(
+      {.name = u"Nazwisko", .columns = {{u"Nazwisko", false}, {u"Id", true}}, .unique = true});
   catalog.createTable(people);
-  NewTable items{.name = u"Pozycje", .columns = {}, .indexes = {primaryKey(u"Id")}, .validationRule = {}, .validationText = {}};
+  NewTable items{.name = u"Pozycje",
+                 .columns = {},
+                 .indexes = {primaryKey(u"Id")},
+                 .validationRule = {},
+                 .validationText = {}};
   items.columns = {counter(u"Id"), column(u"Pracownik", Type::Long), column(u"Etykieta", Type::Text)};
   catalog.createTable(items);
 }
@@ -101,9 +111,10 @@ void expectSound(Catalog& catalog) {
     for (const IndexDef& logical : def->indexes) {
       if (logical.side == RelationSide::None) continue;
       const TableDefPtr partner = catalog.tableAt(logical.partnerTable);
-      const auto entry = std::find_if(partner->indexes.begin(), partner->indexes.end(), [&](const IndexDef& i) {
-        return static_cast<int32_t>(i.number) == logical.partnerNumber && i.partnerTable == def->page;
-      });
+      const auto entry =
+          std::find_if(partner->indexes.begin(), partner->indexes.end(), [&](const IndexDef& i) {
+            return static_cast<int32_t>(i.number) == logical.partnerNumber && i.partnerTable == def->page;
+          });
       ASSERT_NE(entry, partner->indexes.end());
       EXPECT_EQ(entry->partnerNumber, static_cast<int32_t>(logical.number));
       EXPECT_NE(entry->side, logical.side);
@@ -176,11 +187,15 @@ TEST_F(CatalogDdl, WhatWasCreatedIsFoundAgain) {
   db_.pager.reset();
   if (std::system("command -v mdb-tables >/dev/null") != 0) return;
   EXPECT_EQ(run("mdb-tables -1 " + path_.string()), "Pracownicy\nPozycje\n");
-  const std::string schema = run("mdb-schema --indexes --relations --not-null " + path_.string() + " postgres");
-  for (const char* expected : {"\"nazwisko\"\t\t\tVARCHAR (40) NOT NULL", "PRIMARY KEY (\"id\")", "REFERENCES \"Pracownicy\"(\"id\") ON UPDATE CASCADE", "UNIQUE", "\"uwagi\""}) {
+  const std::string schema =
+      run("mdb-schema --indexes --relations --not-null " + path_.string() + " postgres");
+  for (const char* expected :
+       {"\"nazwisko\"\t\t\tVARCHAR (40) NOT NULL", "PRIMARY KEY (\"id\")",
+        "REFERENCES \"Pracownicy\"(\"id\") ON UPDATE CASCADE", "UNIQUE", "\"uwagi\""}) {
     EXPECT_NE(schema.find(expected), schema.npos) << expected << "\n" << schema;
   }
-  EXPECT_EQ(run("mdb-export -H " + path_.string() + " Pracownicy"), "1,\"Żak\",\"07/06/09 12:00:00\",\"Łódź\"\n");
+  EXPECT_EQ(run("mdb-export -H " + path_.string() + " Pracownicy"),
+            "1,\"Żak\",\"07/06/09 12:00:00\",\"Łódź\"\n");
 }
 
 TEST_F(CatalogDdl, ChangesOfATableKeepItsRows) {
@@ -193,7 +208,8 @@ TEST_F(CatalogDdl, ChangesOfATableKeepItsRows) {
     }
     level.commit();
   }
-  NewColumn active = column(u"Czynny", Type::Boolean), number = counter(u"Lp"), note = column(u"Opis", Type::Memo);
+  NewColumn active = column(u"Czynny", Type::Boolean), number = counter(u"Lp"),
+            note = column(u"Opis", Type::Memo);
   note.description = u"krótki";
   catalog().addColumn(u"Pracownicy", active);
   catalog().addColumn(u"Pracownicy", note);
@@ -245,9 +261,11 @@ TEST_F(CatalogDdl, RefusalsHaveTheirNumbers) {
     level.commit();
   }
   Catalog& c = catalog();
-  const auto create = [&](const char16_t* name, std::vector<NewColumn> columns, std::vector<NewIndex> indexes = {}) {
+  const auto create = [&](const char16_t* name, std::vector<NewColumn> columns,
+                          std::vector<NewIndex> indexes = {}) {
     return errorOf([&] {
-      c.createTable({.name = name, .columns = columns, .indexes = indexes, .validationRule = {}, .validationText = {}});
+      c.createTable(
+          {.name = name, .columns = columns, .indexes = indexes, .validationRule = {}, .validationText = {}});
     });
   };
   const NewColumn a = column(u"a", Type::Long), o = column(u"o", Type::Ole);
@@ -257,8 +275,8 @@ TEST_F(CatalogDdl, RefusalsHaveTheirNumbers) {
   tooMuch.precision = 29;
   NewIndex uniqueName{.name = u"u", .columns = {{u"Data", false}}, .unique = true};
 
-  Relation unknownColumn = firmRelation(), noIndex = firmRelation(), types = firmRelation(), self = firmRelation(),
-           noColumns = firmRelation();
+  Relation unknownColumn = firmRelation(), noIndex = firmRelation(), types = firmRelation(),
+           self = firmRelation(), noColumns = firmRelation();
   unknownColumn.columns = {{u"Id", u"brak"}};
   noIndex.columns = {{u"Data", u"Pracownik"}};
   types.columns = {{u"Id", u"Etykieta"}};
@@ -291,7 +309,9 @@ TEST_F(CatalogDdl, RefusalsHaveTheirNumbers) {
       {"OLE index", create(u"t", {a, o}, {plainIndex(u"i", u"o")}), 3287},
       {"eleven index columns", create(u"t", {a}, {wide}), 3277},
       {"two indexes of a name", create(u"t", {a}, {plainIndex(u"i", u"a"), plainIndex(u"I", u"a")}), 3375},
-      {"two primary keys", create(u"t", {a}, {primaryKey(u"a"), {.name = u"p", .columns = {{u"a", false}}, .primary = true}}), 3283},
+      {"two primary keys",
+       create(u"t", {a}, {primaryKey(u"a"), {.name = u"p", .columns = {{u"a", false}}, .primary = true}}),
+       3283},
       {"drop an unknown table", errorOf([&] { c.dropTable(u"brak"); }), 3376},
       {"drop a system table", errorOf([&] { c.dropTable(u"MSysACEs"); }), 3033},
       {"rename to a present name", errorOf([&] { c.renameTable(u"Pozycje", u"Pracownicy"); }), 3010},
@@ -300,7 +320,10 @@ TEST_F(CatalogDdl, RefusalsHaveTheirNumbers) {
       {"drop an indexed column", errorOf([&] { c.dropColumn(u"Pozycje", u"Id"); }), 3280},
       {"rename to a present column", errorOf([&] { c.renameColumn(u"Pozycje", u"Id", u"Etykieta"); }), 3380},
       {"present index", errorOf([&] { c.createIndex(u"Pozycje", plainIndex(u"primarykey", u"Id")); }), 3375},
-      {"second primary key", errorOf([&] { c.createIndex(u"Pozycje", {.name = u"p", .columns = {{u"Id", false}}, .primary = true}); }), 3283},
+      {"second primary key", errorOf([&] {
+         c.createIndex(u"Pozycje", {.name = u"p", .columns = {{u"Id", false}}, .primary = true});
+       }),
+       3283},
       {"duplicates", errorOf([&] { c.createIndex(u"Pracownicy", uniqueName); }), 3022},
       {"drop an unknown index", errorOf([&] { c.dropIndex(u"Pozycje", u"brak"); }), 3372},
       {"relationship of unknown columns", errorOf([&] { c.createRelation(unknownColumn); }), 3409},
@@ -315,7 +338,8 @@ TEST_F(CatalogDdl, RefusalsHaveTheirNumbers) {
   for (const auto& test : cases) EXPECT_EQ(test.number, test.expected) << test.what;
   EXPECT_EQ(create(u"t", {column(u"a", Type::Long), column(u"b", Type::Internal)}), 3259);
   std::vector<NewColumn> numbered;
-  for (int i = 0; i < 256; ++i) numbered.push_back(column((u"k" + fromUtf8(std::to_string(i))).c_str(), Type::Byte));
+  for (int i = 0; i < 256; ++i)
+    numbered.push_back(column((u"k" + fromUtf8(std::to_string(i))).c_str(), Type::Byte));
   EXPECT_EQ(create(u"t", numbered), 3190);
   numbered.pop_back();
   for (NewColumn& n : numbered) n.type = Type::Guid;
@@ -386,14 +410,17 @@ TEST_F(CatalogDdl, RelationshipsShareAndReleaseIndexes) {
 TEST_F(CatalogDdl, LongDefinitionsGrowAndShrinkTheirChain) {
   NewTable wide{.name = u"Szeroka", .columns = {}, .indexes = {}, .validationRule = {}, .validationText = {}};
   const std::u16string stem(58, u'ą');
-  for (int i = 0; i < 255; ++i) wide.columns.push_back(column((stem + fromUtf8(std::to_string(i))).c_str(), Type::Byte));
+  for (int i = 0; i < 255; ++i)
+    wide.columns.push_back(column((stem + fromUtf8(std::to_string(i))).c_str(), Type::Byte));
   catalog().createTable(wide);
   const auto pageCount = db_.pager->pageCount();
   for (int i = 0; i < 32; ++i) {
     catalog().createIndex(u"Szeroka", plainIndex((stem + fromUtf8(std::to_string(i))).c_str(),
                                                  (stem + fromUtf8(std::to_string(i))).c_str()));
   }
-  EXPECT_EQ(errorOf([&] { catalog().createIndex(u"Szeroka", plainIndex(u"x", wide.columns[0].name.c_str())); }), 3626);
+  EXPECT_EQ(
+      errorOf([&] { catalog().createIndex(u"Szeroka", plainIndex(u"x", wide.columns[0].name.c_str())); }),
+      3626);
   reopen();
   TableDefPtr table = catalog().table(u"szeroka");
   ASSERT_EQ(table->columns.size(), 255u);

@@ -18,7 +18,8 @@ namespace jet {
 class ScratchFolder {
  public:
   ScratchFolder()
-      : path_(std::filesystem::temp_directory_path() / ("catalog-test-" + std::to_string(std::random_device()()))) {
+      : path_(std::filesystem::temp_directory_path() /
+              ("catalog-test-" + std::to_string(std::random_device()()))) {
     std::filesystem::create_directories(path_);
   }
   ~ScratchFolder() {

@@ -4,12 +4,12 @@
 #include <fstream>
 #include <sstream>
 
+#include "catalog_fixture.h"
 #include "jet/catalog/tdef_io.h"
 #include "jet/format/text.h"
-#include "catalog_fixture.h"
 
-// Real files, each beside a text dump (NAME.txt) that an independent reader made: every line of a dump that speaks of
-// structure must come out of the catalogue again.
+// Real files, each beside a text dump (NAME.txt) that an independent reader made: every line of a dump that
+// speaks of structure must come out of the catalogue again.
 
 namespace jet {
 namespace {
@@ -18,12 +18,23 @@ std::string quote(std::u16string_view text) {
   std::string out = "\"";
   for (const char c : toUtf8(text)) {
     switch (c) {
-      case '"': out += "\\\""; break;
-      case '\\': out += "\\\\"; break;
-      case '\n': out += "\\n"; break;
-      case '\r': out += "\\r"; break;
-      case '\t': out += "\\t"; break;
-      default: out += c;
+      case '"':
+        out += "\\\"";
+        break;
+      case '\\':
+        out += "\\\\";
+        break;
+      case '\n':
+        out += "\\n";
+        break;
+      case '\r':
+        out += "\\r";
+        break;
+      case '\t':
+        out += "\\t";
+        break;
+      default:
+        out += c;
     }
   }
   return out + "\"";
@@ -31,21 +42,36 @@ std::string quote(std::u16string_view text) {
 
 const char* typeName(Type type) {
   switch (type) {
-    case Type::Boolean: return "Boolean";
-    case Type::Byte: return "Byte";
-    case Type::Integer: return "Integer";
-    case Type::Long: return "Long";
-    case Type::Currency: return "Currency";
-    case Type::Single: return "Single";
-    case Type::Double: return "Double";
-    case Type::Date: return "DateTime";
-    case Type::Binary: return "Binary";
-    case Type::Text: return "Text";
-    case Type::Ole: return "OLE";
-    case Type::Memo: return "Memo";
-    case Type::Guid: return "GUID";
-    case Type::Decimal: return "Decimal";
-    default: return "?";
+    case Type::Boolean:
+      return "Boolean";
+    case Type::Byte:
+      return "Byte";
+    case Type::Integer:
+      return "Integer";
+    case Type::Long:
+      return "Long";
+    case Type::Currency:
+      return "Currency";
+    case Type::Single:
+      return "Single";
+    case Type::Double:
+      return "Double";
+    case Type::Date:
+      return "DateTime";
+    case Type::Binary:
+      return "Binary";
+    case Type::Text:
+      return "Text";
+    case Type::Ole:
+      return "OLE";
+    case Type::Memo:
+      return "Memo";
+    case Type::Guid:
+      return "GUID";
+    case Type::Decimal:
+      return "Decimal";
+    default:
+      return "?";
   }
 }
 
@@ -58,7 +84,8 @@ std::string propertyValue(const PropertySet& set, const Property& p) {
 void putProperties(const PropertySet& set, std::initializer_list<std::u16string_view> names, const char* head,
                    std::vector<std::string>& lines) {
   for (const std::u16string_view name : names) {
-    if (const Property* p = set.find(name)) lines.push_back(head + toUtf8(name) + "=" + propertyValue(set, *p));
+    if (const Property* p = set.find(name))
+      lines.push_back(head + toUtf8(name) + "=" + propertyValue(set, *p));
   }
 }
 
@@ -110,9 +137,11 @@ std::string relationLine(const Relation& r) {
     primary += (primary.empty() ? "" : ",") + quote(p);
     foreign += (foreign.empty() ? "" : ",") + quote(f);
   }
-  const auto flag = [](const char* name, bool value) { return std::string(name) + (value ? "true" : "false"); };
-  return "relationship " + quote(r.name) + " primary=" + quote(r.table) + "(" + primary + ") foreign=" +
-         quote(r.foreignTable) + "(" + foreign + ")" + flag(" enforced=", r.enforced) +
+  const auto flag = [](const char* name, bool value) {
+    return std::string(name) + (value ? "true" : "false");
+  };
+  return "relationship " + quote(r.name) + " primary=" + quote(r.table) + "(" + primary +
+         ") foreign=" + quote(r.foreignTable) + "(" + foreign + ")" + flag(" enforced=", r.enforced) +
          flag(" one-to-one=", r.unique) + flag(" cascade-update=", r.cascadeUpdates) +
          flag(" cascade-delete=", r.cascadeDeletes) + " join=" +
          (r.join == Relation::Join::Left    ? "left"
@@ -134,14 +163,15 @@ std::vector<std::string> structureLines(Catalog& catalog) {
     lines.push_back("table " + quote(table->name) + " rows=" + std::to_string(table->rowCount) +
                     " columns=" + std::to_string(table->columns.size()) +
                     " indexes=" + std::to_string(table->indexes.size()));
-    putProperties(table->properties, {u"Description", u"ValidationRule", u"ValidationText"}, "  table-property ",
-                  lines);
+    putProperties(table->properties, {u"Description", u"ValidationRule", u"ValidationText"},
+                  "  table-property ", lines);
     putColumns(*table, header.version, lines);
     putIndexes(*table, lines);
   }
   std::vector<std::string> relations;
   for (const Relation& r : catalog.relations()) {
-    if (!catalog.table(r.table)->system) relations.push_back(relationLine(r));  // the dumps have user tables only
+    if (!catalog.table(r.table)->system)
+      relations.push_back(relationLine(r));  // the dumps have user tables only
   }
   std::sort(relations.begin(), relations.end());
   lines.insert(lines.end(), relations.begin(), relations.end());
@@ -166,7 +196,8 @@ TEST(CatalogSamples, StructureMatchesTheDumps) {
     std::filesystem::copy_file(file, copy);
     const OpenDatabase db = openDatabase(copy);
     const std::vector<std::string> actual = structureLines(*db.catalog);
-    const std::vector<std::string> expected = dumpedLines(std::filesystem::path(file).replace_extension(".txt"));
+    const std::vector<std::string> expected =
+        dumpedLines(std::filesystem::path(file).replace_extension(".txt"));
     for (size_t i = 0; i < std::min(actual.size(), expected.size()); ++i) EXPECT_EQ(actual[i], expected[i]);
     EXPECT_EQ(actual.size(), expected.size()) << (actual.size() > expected.size() ? actual : expected).back();
   }
