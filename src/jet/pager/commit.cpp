@@ -21,12 +21,12 @@ void FilePager::commitOutermost() {
     commitCreation();
     return;
   }
-  if (cache_->dirtyCount() == 0 && !fileTouched_ && !doomed_) {
+  if (cache_->dirtyCount() == 0 && !fileTouched_ && !doom_) {
     finish();
     return;
   }
   try {
-    if (doomed_) throw Error(3043, {}, "DAO.Workspace");
+    refuseWhenDoomed();
     bumpCommitWord();
     const PageView head = read(0);
     const std::vector<Frame*> changed = cache_->dirtyFrames();
@@ -52,7 +52,7 @@ void FilePager::commitOutermost() {
 void FilePager::commitCreation() {
   bool named = false;
   try {
-    if (doomed_) throw Error(3043, {}, "DAO.Workspace");
+    refuseWhenDoomed();
     bumpCommitWord();
     file_->truncate(offsetOf(pageCount_));
     const std::vector<Frame*> changed = cache_->dirtyFrames();
@@ -68,7 +68,7 @@ void FilePager::commitCreation() {
     file_.reset();
     try {
       if (named) env_.remove(path_);
-    } catch (const Error&) {
+    } catch (const std::exception&) {
       // It is whole, only not known to survive a power cut.
     }
     abandon();
@@ -139,7 +139,7 @@ void FilePager::spill() {
     for (Frame* frame : changed) cache_->markClean(frame);
   } catch (...) {
     // Whether a failed sync lost something nobody knows; only undoing all of it is safe.
-    doomed_ = true;
+    doom_ = std::current_exception();
     throw;
   }
 }
@@ -179,7 +179,7 @@ void FilePager::dropChanges() noexcept {
     cache_->forEachDirty([this](Frame* frame) {
       try {
         forget(frame);
-      } catch (const Error&) {
+      } catch (const std::exception&) {
         cache_->discard(frame);
       }
     });
@@ -190,7 +190,8 @@ void FilePager::dropChanges() noexcept {
 void FilePager::finish() noexcept {
   levels_.clear();
   journal_->forget();
-  doomed_ = fileTouched_ = false;
+  doom_ = nullptr;
+  fileTouched_ = false;
   if (writing_) locks_->unlockWrite(readDepth_ > 0);
   writing_ = false;
   if (readDepth_ == 0) locks_->unlockRead();

@@ -63,7 +63,8 @@ PageView FilePager::read(PageNumber page) {
 
 // The page from the file, checked to lie in it.
 Frame* FilePager::load(PageNumber page) {
-  if (doomed_ || recoveryPending_) throw Error(3043, {}, "DAO.Workspace");
+  refuseWhenDoomed();
+  if (recoveryPending_) throw Error(3043, {}, "DAO.Workspace");
   if (page >= pageCount_) throwDamaged(u"page outside the file", page);
   Frame* frame = cache_->add(page);
   try {
@@ -124,8 +125,13 @@ void FilePager::makeWritable() {
   assert(!levels_.empty());
   if (options_.readOnly) throw Error(3027);
   if (!writing_) throw Error(3049, {pathText(path_)}, "DAO.Workspace");
-  if (doomed_) throw Error(3043, {}, "DAO.Workspace");
+  refuseWhenDoomed();
   if (cache_->dirtyCount() >= options_.dirtyPages) spill();
+}
+
+// After a failure inside the transaction that left no savepoint to return to.
+void FilePager::refuseWhenDoomed() const {
+  if (doom_) std::rethrow_exception(doom_);
 }
 
 // Whether the transaction has not changed the page yet, or has undone what it did before it came to the file.
@@ -160,7 +166,7 @@ void FilePager::commit() {
     commitOutermost();
     return;
   }
-  if (doomed_) throw Error(3043, {}, "DAO.Workspace");
+  refuseWhenDoomed();
   mergeInto(levels_[levels_.size() - 2], levels_.back());
   levels_.pop_back();
 }
@@ -182,9 +188,9 @@ void FilePager::rollback() noexcept {
     return;
   }
   try {
-    if (!doomed_) restore(levels_.back());
+    if (!doom_) restore(levels_.back());
   } catch (...) {
-    doomed_ = true;
+    doom_ = std::current_exception();
   }
   ++changeCounter_;
   levels_.pop_back();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <exception>
 #include <unordered_map>
 #include <vector>
 
@@ -57,6 +58,7 @@ class FilePager final : public Pager {
   void saveImage(Frame* frame);
   bool isOriginal(const Frame* frame) const;
   void makeWritable();
+  void refuseWhenDoomed() const;
   void restore(const Level& level);
   void mergeInto(Level& outer, Level& inner);
   // sharing.cpp: one state of the file for a read or a transaction
@@ -98,7 +100,7 @@ class FilePager final : public Pager {
   bool writing_ = false;      // the open transaction holds the write lock
   bool fileTouched_ = false;  // the open transaction has written to the file
   bool recoveryPending_ = false;  // rolling back in the file failed; the journal is hot
-  bool doomed_ = false;           // an inner rollback failed: only the outermost one is left
+  std::exception_ptr doom_;       // why only the outermost rollback is left
   int readDepth_ = 0;
   uint64_t changeCounter_ = 1;
   uint64_t serial_ = 0;

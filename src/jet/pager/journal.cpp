@@ -111,7 +111,7 @@ void Journal::invalidate() {
   forget();
   try {
     if (file_->size() > kKeptSize) file_->truncate(kJournalBlock);
-  } catch (const Error&) {
+  } catch (const std::exception&) {
     // Only space is lost.
   }
 }

@@ -16,9 +16,12 @@ constexpr int kSlots = 255;
 constexpr uint64_t kPresence = 0x7F000000;
 constexpr uint64_t kPending = 0x7F000001;
 constexpr uint64_t kReaders = 0x7F000002;
+constexpr uint64_t kNext = 0x7F000003;
 constexpr uint64_t kReserved = 0x7F000100;
 constexpr size_t kEntrySize = 64, kNameSize = 32;
 constexpr unsigned kOpenWaitMs = 200;  // for somebody who is just leaving
+constexpr unsigned kLongestPauseMs = 8;
+constexpr unsigned kPauseOfOneMs = 1;  // where only one of all copies can be waiting
 constexpr char kUser[] = "Admin";
 
 using Lock = File::Lock;
@@ -39,7 +42,7 @@ std::filesystem::path LockFile::pathOf(const std::filesystem::path& database) {
 
 LockFile::LockFile(Environment& env, const std::filesystem::path& database, const Options& options)
     : env_(env), database_(database), path_(pathOf(database)), options_(options) {
-  const bool joined = waitFor(std::min(options.waitMs, kOpenWaitMs), [this] {
+  const bool joined = waitFor(std::min(options.waitMs, kOpenWaitMs), kLongestPauseMs, [this] {
     if (!tryOpenFile()) return true;
     if (!tryJoin()) return false;
     // The last one to leave may have removed the file between our opening and locking it.
@@ -111,13 +114,13 @@ LockFile::~LockFile() {
 
 void LockFile::lockRead() {
   if (sole()) return;
-  const bool entered = waitFor(options_.waitMs, [this] {
+  const bool entered = waitFor(options_.waitMs, kLongestPauseMs, [this] {
     if (!file_->tryLock(kPending, 1, Lock::Shared)) return false;
     try {
       const bool locked = file_->tryLock(kReaders, 1, Lock::Shared);
       file_->unlock(kPending, 1);
       return locked;
-    } catch (const Error&) {
+    } catch (const std::exception&) {
       unlockQuietly(kPending, 1);
       unlockQuietly(kReaders, 1);
       throw;
@@ -133,7 +136,7 @@ void LockFile::unlockRead() noexcept {
 void LockFile::unlockQuietly(uint64_t offset, uint64_t length) noexcept {
   try {
     file_->unlock(offset, length);
-  } catch (const Error&) {
+  } catch (const std::exception&) {
     // Closing the file ends the lock at the latest.
   }
 }
@@ -141,18 +144,28 @@ void LockFile::unlockQuietly(uint64_t offset, uint64_t length) noexcept {
 void LockFile::lockWrite(bool reading) {
   if (sole()) return;
   if (!writable_) throw Error(3051, {pathText(database_)}, "DAO.Workspace");
-  const bool locked = waitFor(options_.waitMs, [&] {
-    if (file_->tryLock(kReserved, slot_ + 1, Lock::Exclusive)) return true;
-    // A writer who waits for us to stop reading, while we wait for him: one has to give way at once.
-    if (reading && !isFree(kPending)) throwLocked(3260, writer());
-    return false;
-  });
-  if (!locked) throwLocked(3260, writer());
+  const auto wait = [&](uint64_t offset, uint64_t length, unsigned longestPauseMs) {
+    const bool locked = waitFor(options_.waitMs, longestPauseMs, [&] {
+      if (file_->tryLock(offset, length, Lock::Exclusive)) return true;
+      // A writer who waits for us to stop reading, while we wait for him: one has to give way at once.
+      if (reading && !isFree(kPending)) throwLocked(3260, writer());
+      return false;
+    });
+    if (!locked) throwLocked(3260, writer());
+  };
+  wait(kNext, 1, kLongestPauseMs);
+  try {
+    wait(kReserved, slot_ + 1, kPauseOfOneMs);
+  } catch (...) {
+    unlockQuietly(kNext, 1);
+    throw;
+  }
+  unlockQuietly(kNext, 1);
 }
 
 void LockFile::lockExclusive() {
   if (sole() || exclusiveHeld_) return;
-  exclusiveHeld_ = waitFor(options_.waitMs, [this] {
+  exclusiveHeld_ = waitFor(options_.waitMs, kPauseOfOneMs, [this] {
     // Pending first, so that no further readers enter.
     pendingHeld_ = pendingHeld_ || file_->tryLock(kPending, 1, Lock::Exclusive);
     return pendingHeld_ && file_->tryLock(kReaders, 1, Lock::Exclusive);
@@ -169,7 +182,7 @@ void LockFile::unlockWrite(bool reading) noexcept {
     // Nobody can hold a lock that conflicts, so that reading on cannot be refused.
     try {
       if (reading) file_->tryLock(kReaders, 1, Lock::Shared);
-    } catch (const Error&) {
+    } catch (const std::exception&) {
       // Then others wait a little longer for the end of the reading.
     }
     if (!reading) unlockQuietly(kReaders, 1);
@@ -217,10 +230,10 @@ void LockFile::throwLocked(int number, const Holder& holder) {
   throw Error(number, {holder.machine, holder.user}, "DAO.Workspace");
 }
 
-bool LockFile::waitFor(unsigned limitMs, const std::function<bool()>& attempt) {
+bool LockFile::waitFor(unsigned limitMs, unsigned longestPauseMs, const std::function<bool()>& attempt) {
   if (attempt()) return true;
   const uint64_t start = env_.monotonicMilliseconds();
-  for (unsigned pause = 1;; pause = std::min(pause * 2, 32u)) {
+  for (unsigned pause = 1;; pause = std::min(pause * 2, longestPauseMs)) {
     if (env_.monotonicMilliseconds() - start >= limitMs) return false;
     env_.sleepMilliseconds(pause);
     if (attempt()) return true;

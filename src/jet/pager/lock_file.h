@@ -73,7 +73,7 @@ class LockFile {
   bool isFree(uint64_t offset);
   Holder anyUser();
   Holder writer();
-  bool waitFor(unsigned limitMs, const std::function<bool()>& attempt);
+  bool waitFor(unsigned limitMs, unsigned longestPauseMs, const std::function<bool()>& attempt);
 
   Environment& env_;
   std::filesystem::path database_, path_;

@@ -59,7 +59,7 @@ void FilePager::startReading() {
   for (;;) {
     locks_->lockRead();
     try {
-      if (locks_->sole() ? !recoveryPending_ : !journal_->isHot(*file_)) {
+      if (!recoveryPending_ && (locks_->sole() || !journal_->isHot(*file_))) {
         if (stale_ || !locks_->exclusive()) noticeChanges();
         return;
       }

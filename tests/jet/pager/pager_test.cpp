@@ -1,47 +1,29 @@
-// Pages, transactions and sharing on real files.
-
-#include "jet/pager/pager.h"
+// Pages and transactions on real files.
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <cstring>
 #include <fstream>
+#include <random>
 
-#include "jet/format/error.h"
+#include "jet/pager/page_model.h"
 
-namespace jet {
+namespace jet::test {
 namespace {
 
 namespace fs = std::filesystem;
 
-// A database of `pages` pages, each filled with its number, in a folder that vanishes with the object.
-class TemporaryDatabase {
- public:
-  explicit TemporaryDatabase(PageNumber pages = 8, Version version = Version::Jet4) {
-    std::string name = (fs::temp_directory_path() / "pagerXXXXXX").string();
-    folder = mkdtemp(name.data());
+// A database of 8 pages in a folder that vanishes with the object.
+struct TemporaryDatabase {
+  TemporaryDatabase() {
+    folder = fs::temp_directory_path() / ("pager" + std::to_string(std::random_device{}()));
+    fs::create_directory(folder);
     path = folder / "data.mdb";
-    const auto pager = Pager::create(Environment::system(), path, version, pages);
-    for (PageNumber page = 0; page < pages; ++page) {
-      PageEdit edit = pager->write(page);
-      std::memset(edit.data(), static_cast<int>(page), pager->pageSize());
-      if (page == 0) writeHead(edit.data(), pager->layout());
-    }
-    pager->commit();
+    createDatabase(Environment::system(), path, 8);
   }
   ~TemporaryDatabase() {
     std::error_code ignored;
     fs::remove_all(folder, ignored);
   }
-
-  static void writeHead(uint8_t* page, const FileLayout& layout) {
-    std::memset(page, 0, layout.pageSize);
-    std::memcpy(page, "\0\1\0\0Standard Jet DB", 19);
-    page[0x14] = static_cast<uint8_t>(layout.version);
-    for (int slot = 0; slot < 256; ++slot) put16(page + layout.commitTable + 2 * slot, 0x0100);
-  }
-
   fs::path folder, path;
 };
 
@@ -49,65 +31,43 @@ std::unique_ptr<Pager> open(const fs::path& path, Pager::Options options = {}) {
   return Pager::open(Environment::system(), path, options);
 }
 
-uint8_t firstByte(Pager& pager, PageNumber page) {
-  ReadScope scope(pager);
-  return pager.read(page).data()[100];
-}
-
-void setByte(Pager& pager, PageNumber page, uint8_t value) {
-  Transaction transaction(pager);
-  pager.write(page).data()[100] = value;
-  transaction.commit();
-}
-
-template <typename Action>
-int errorOf(Action action) {
-  try {
-    action();
-  } catch (const Error& error) {
-    return error.number();
-  }
-  return 0;
-}
-
 TEST(Pager, CommitsAndRollsBackNestedLevels) {
   TemporaryDatabase database;
   {
     const auto pager = open(database.path);
     Transaction outer(*pager);
-    pager->write(1).data()[100] = 11;
+    setValue(*pager, 1, 11);
+    const PageView pinned = pager->read(3);
     {
       Transaction inner(*pager);
-      pager->write(1).data()[100] = 12;
-      pager->write(2).data()[100] = 22;
+      setValue(*pager, 1, 12);
+      setValue(*pager, 2, 22);
       EXPECT_EQ(pager->append().number(), 8u);
       Transaction innermost(*pager);
-      pager->write(8).data()[100] = 88;
-      pager->write(3).data()[100] = 33;
+      setValue(*pager, 8, 88);
+      setValue(*pager, 3, 33);
     }
-    EXPECT_EQ(pager->pageCount(), 8u);
-    EXPECT_EQ(firstByte(*pager, 1), 11);
-    EXPECT_EQ(firstByte(*pager, 2), 2);
+    EXPECT_EQ(valuesOf(*pager), (PageValues{0, 11, 2, 3, 4, 5, 6, 7}));
+    EXPECT_EQ(valueOf(pinned, pager->layout()), 3u);
     EXPECT_EQ(errorOf([&] { pager->read(8); }), 3049);
     {
       Transaction inner(*pager);
-      EXPECT_EQ(pager->append().data()[100], 0);
-      pager->write(8).data()[100] = 80;
-      pager->write(4).data()[100] = 44;
+      EXPECT_EQ(valueOf(pager->append(), pager->layout()), 0u);
+      setValue(*pager, 8, 80);
+      setValue(*pager, 4, 44);
       inner.commit();
     }
     outer.commit();
     const uint64_t counter = pager->changeCounter();
     {
       Transaction undone(*pager);
-      pager->write(4).data()[100] = 99;
+      setValue(*pager, 4, 99);
     }
     EXPECT_GT(pager->changeCounter(), counter);
   }
-  const auto pager = open(database.path);
-  EXPECT_EQ(pager->pageCount(), 9u);
-  const uint8_t expected[] = {0, 11, 2, 3, 44, 5, 6, 7, 80};
-  for (PageNumber page = 1; page < 9; ++page) EXPECT_EQ(firstByte(*pager, page), expected[page]) << page;
+  EXPECT_EQ(valuesOf(*open(database.path)), (PageValues{0, 11, 2, 3, 44, 5, 6, 7, 80}));
+  EXPECT_FALSE(fs::exists(database.folder / "data.ldb"));
+  EXPECT_FALSE(fs::exists(database.folder / "data.mdb-journal"));
 }
 
 TEST(Pager, RefusesWhatIsNoDatabase) {
@@ -136,21 +96,50 @@ TEST(Pager, FileCutShortIsReadOnly) {
   TemporaryDatabase database;
   fs::resize_file(database.path, 7 * 4096 + 100);
   const auto pager = open(database.path);
-  EXPECT_EQ(pager->pageCount(), 7u);
-  EXPECT_EQ(firstByte(*pager, 6), 6);
-  EXPECT_EQ(errorOf([&] { setByte(*pager, 1, 1); }), 3049);
+  EXPECT_EQ(valuesOf(*pager), (PageValues{0, 1, 2, 3, 4, 5, 6}));
+  EXPECT_EQ(errorOf([&] { commitValue(*pager, 1, 1); }), 3049);
+  fs::resize_file(database.path, 7 * 4096);
+  EXPECT_EQ(errorOf([&] { commitValue(*open(database.path), 1, 1); }), 0);
 }
 
-TEST(Pager, CopiesSeeEachOthersCommits) {
+// A damaged head must not make the engine believe in pages beyond the format's limit.
+TEST(Pager, FileBeyondTheLimitIsReadOnly) {
+  TemporaryDatabase database;
+  fs::resize_file(database.path, uint64_t{1} << 40);
+  const auto pager = open(database.path);
+  EXPECT_EQ(pager->pageCount(), (uint64_t{1} << 31) / 4096);
+  EXPECT_EQ(errorOf([&] { commitValue(*pager, 1, 1); }), 3049);
+  fs::resize_file(database.path, uint64_t{1} << 31);
+  const auto full = open(database.path);
+  Transaction transaction(*full);
+  EXPECT_EQ(errorOf([&] { full->append(); }), 3036);
+}
+
+TEST(Pager, CopiesInOneProcessExcludeEachOther) {
   TemporaryDatabase database;
   const auto a = open(database.path), b = open(database.path, {.lockWaitMs = 20});
-  EXPECT_EQ(firstByte(*b, 1), 1);
-  setByte(*a, 1, 42);
-  EXPECT_EQ(firstByte(*b, 1), 42);
+  EXPECT_EQ(valuesOf(*b)[1], 1u);
+  commitValue(*a, 1, 42);
+  EXPECT_EQ(valuesOf(*b)[1], 42u);
   Transaction writing(*a);
   EXPECT_EQ(errorOf([&] { b->begin(); }), 3260);
   EXPECT_EQ(errorOf([&] { open(database.path, {.exclusive = true}); }), 3356);
 }
 
+TEST(Pager, ReadOnlyFileIsReadBesideWriters) {
+  TemporaryDatabase database;
+  const auto reader = open(database.path, {.readOnly = true}),
+             writer = open(database.path, {.lockWaitMs = 20});
+  commitValue(*writer, 5, 55);
+  EXPECT_EQ(valuesOf(*reader)[5], 55u);
+  ReadScope scope(*reader);
+  EXPECT_EQ(errorOf([&] {
+              writer->begin();
+              setValue(*writer, 1, 2);
+              writer->commit();
+            }),
+            3260);
+}
+
 }  // namespace
-}  // namespace jet
+}  // namespace jet::test

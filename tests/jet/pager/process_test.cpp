@@ -1,0 +1,121 @@
+// Processes that share one real file while some of them are killed.
+
+#ifndef _WIN32
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <iostream>
+#include <random>
+
+#include "jet/pager/page_model.h"
+
+namespace jet::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kWorkers = 4;
+constexpr PageNumber kAccounts = 12;  // pages 1..12, each with 1000 at the beginning
+constexpr PageNumber kFirstCounter = 13;
+
+// What the workers tell the parent; it survives them.
+struct Board {
+  std::array<std::atomic<uint32_t>, kWorkers> acknowledged, refused, wrong;
+};
+
+// Moves amounts between two accounts and counts its own commits on its own page, all in one transaction.
+[[noreturn]] void work(const fs::path& path, Board& board, int worker, uint64_t seed) {
+  std::mt19937_64 random(seed);
+  std::unique_ptr<Pager> pager;
+  for (;;) {
+    try {
+      if (!pager || random() % 50 == 0) pager = Pager::open(Environment::system(), path, {.dirtyPages = 4});
+      const PageValues seen = valuesOf(*pager);
+      uint32_t sum = 0;
+      for (PageNumber page = 1; page <= kAccounts; ++page) sum += seen[page];
+      if (sum != kAccounts * 1000) ++board.wrong[worker];
+      Transaction transaction(*pager);
+      for (auto moves = 1 + random() % 4; moves > 0; --moves) {
+        const auto from = static_cast<PageNumber>(1 + random() % kAccounts);
+        const auto to = static_cast<PageNumber>(1 + random() % kAccounts);
+        if (from == to) continue;
+        const uint32_t available = valueOf(pager->read(from), pager->layout());
+        const uint32_t amount = available ? static_cast<uint32_t>(random() % available) : 0;
+        setValue(*pager, from, available - amount);
+        setValue(*pager, to, valueOf(pager->read(to), pager->layout()) + amount);
+      }
+      const PageNumber own = kFirstCounter + static_cast<PageNumber>(worker);
+      setValue(*pager, own, valueOf(pager->read(own), pager->layout()) + 1);
+      transaction.commit();
+      ++board.acknowledged[worker];
+    } catch (const Error& error) {
+      ++(error.number() == 3260 || error.number() == 3187 ? board.refused : board.wrong)[worker];
+    }
+  }
+}
+
+TEST(Processes, KilledOnesLeaveNothingHalfDone) {
+  std::string name = (fs::temp_directory_path() / "pagerXXXXXX").string();
+  const fs::path folder = mkdtemp(name.data());
+  const fs::path path = folder / "data.mdb";
+  createDatabase(Environment::system(), path, kFirstCounter + kWorkers);
+  {
+    const auto pager = Pager::open(Environment::system(), path, {});
+    Transaction transaction(*pager);
+    for (PageNumber page = 1; page < pager->pageCount(); ++page)
+      setValue(*pager, page, page < kFirstCounter ? 1000 : 0);
+    transaction.commit();
+  }
+  void* shared = mmap(nullptr, sizeof(Board), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  ASSERT_NE(shared, MAP_FAILED);
+  Board& board = *new (shared) Board{};
+
+  std::mt19937_64 random(5);
+  std::array<pid_t, kWorkers> workers{};
+  const auto start = [&](int worker) {
+    const uint64_t seed = random();
+    workers[worker] = fork();
+    if (workers[worker] == 0) work(path, board, worker, seed);
+  };
+  for (int worker = 0; worker < kWorkers; ++worker) start(worker);
+  std::array<uint32_t, kWorkers> kills{};
+  for (int round = 0; round < (longRun() ? 200 : 40); ++round) {
+    usleep(20000 + random() % 60000);
+    const int victim = static_cast<int>(random() % kWorkers);
+    kill(workers[victim], SIGKILL);
+    waitpid(workers[victim], nullptr, 0);
+    ++kills[victim];
+    start(victim);
+  }
+  for (const pid_t worker : workers) kill(worker, SIGKILL), waitpid(worker, nullptr, 0);
+
+  const auto pager = Pager::open(Environment::system(), path, {.exclusive = true});
+  const PageValues found = valuesOf(*pager);
+  uint32_t sum = 0, commits = 0, refusals = 0;
+  for (PageNumber page = 1; page <= kAccounts; ++page) sum += found[page];
+  EXPECT_EQ(sum, kAccounts * 1000);
+  for (int worker = 0; worker < kWorkers; ++worker) {
+    const uint32_t acknowledged = board.acknowledged[worker], stored = found[kFirstCounter + worker];
+    EXPECT_EQ(board.wrong[worker], 0u);
+    EXPECT_GE(stored, acknowledged);
+    // At every death one commit may have been complete but not acknowledged.
+    EXPECT_LE(stored, acknowledged + kills[worker] + 1);
+    EXPECT_GT(acknowledged, 0u);
+    commits += acknowledged;
+    refusals += board.refused[worker];
+  }
+  std::cout << commits << " commits of " << kWorkers << " processes, " << refusals << " refusals\n";
+  munmap(shared, sizeof(Board));
+  fs::remove_all(folder);
+}
+
+}  // namespace
+}  // namespace jet::test
+
+#endif
