@@ -81,12 +81,6 @@ QString mailAddress(const Letter& letter) {
          QStringLiteral("&Body=") + encoded(letter.body);
 }
 
-ShellResult SystemMail::compose(const Letter& letter, bool direct) {
-  if (direct) {
-    const ShellResult result = composeDirect(letter);
-    if (result == ShellResult::Done) return result;
-  }
-  return shell_.openAddress(mailAddress(letter));
-}
+ShellResult SystemMail::compose(const Letter& letter) { return composeDirect(letter); }
 
 }  // namespace tandeko

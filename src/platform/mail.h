@@ -17,21 +17,17 @@ struct Letter {
 class Mail {
  public:
   virtual ~Mail() = default;
-  // Opens the letter in the user's mail program for finishing and sending. With `direct` through the
-  // mail interface (which carries attachments), otherwise by a "mailto:" address.
-  virtual ShellResult compose(const Letter& letter, bool direct) = 0;
+  // Opens the letter in the user's mail program, through the mail interface, for finishing and sending.
+  virtual ShellResult compose(const Letter& letter) = 0;
 };
 
-// "mailto:to?subject=...&Body=..." with everything that an address may not hold written as %XX.
+// "mailto:to?subject=...&Body=..." with everything that an address may not hold written as %XX; without the
+// attachments, which an address cannot carry.
 QString mailAddress(const Letter& letter);
 
 class SystemMail : public Mail {
  public:
-  explicit SystemMail(Shell& shell) : shell_(shell) {}
-  ShellResult compose(const Letter& letter, bool direct) override;
-
- private:
-  Shell& shell_;
+  ShellResult compose(const Letter& letter) override;
 };
 
 }  // namespace tandeko

@@ -8,6 +8,9 @@ namespace tandeko {
 inline const QString kProgramName = QStringLiteral("Tandeko");
 inline const QString kProgramCode = QStringLiteral("EW");
 
+inline const QString kSupportAddress = QStringLiteral("pomoc@kwarcel.example");
+inline const QString kWebPage = QStringLiteral("https://www.kwarcel.example/tandeko");
+
 struct ProgramVersion {
   int major = 0;
   int minor = 0;

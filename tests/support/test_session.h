@@ -48,14 +48,13 @@ class RecordingShell : public Shell {
 
 class RecordingMail : public Mail {
  public:
-  ShellResult compose(const Letter& letter, bool direct) override {
+  ShellResult compose(const Letter& letter) override {
     letters.push_back(letter);
-    directly.push_back(direct);
-    return ShellResult::Done;
+    return result;
   }
 
   std::vector<Letter> letters;
-  std::vector<bool> directly;
+  ShellResult result = ShellResult::Done;
 };
 
 class ScriptedWindows : public WindowSearch {
