@@ -15,11 +15,13 @@ if(TANDEKO_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
-# tandeko_library(NAME [QT] [DEPENDS library ...]): a static library of all sources below this folder.
+# tandeko_library(NAME [QT] [DEPENDS library ...]): a static library of all sources below this folder, but
+# for main.cpp, which is a program's.
 # With QT, moc and uic run over it.
 function(tandeko_library name)
   cmake_parse_arguments(ARG "QT" "" "DEPENDS" ${ARGN})
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS *.cpp *.h *.ui)
+  list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
   if(NOT sources)
     return()
   endif()

@@ -63,11 +63,12 @@ class ListReader {
           {QStringLiteral("Błąd usuwania klucza bazy z rejestru."), {}, Icon::None, Buttons::Ok, Answer::Ok});
   }
 
-  // The last session's database; without one, or when it is no longer there, the first of the list.
+  // The last session's database, or the first when none was stored. A stored one that is not listed selects
+  // nothing: nobody should find himself in another firm's data without noticing.
   void selectLast() {
     const QString last = session_.settings().SettingGet(QStringLiteral("Baza"));
-    const int index = last.isEmpty() ? -1 : combo_.findText(last, Qt::MatchFixedString);
-    combo_.setCurrentIndex(index >= 0 || combo_.count() == 0 ? index : 0);
+    combo_.setCurrentIndex(last.isEmpty() ? (combo_.count() > 0 ? 0 : -1)
+                                          : combo_.findText(last, Qt::MatchFixedString));
   }
 
   Session& session_;

@@ -97,7 +97,9 @@ class Frame {
   virtual ChildForm* findForm(const QString& formName) const = 0;
   virtual ChildForm* activeForm() const = 0;
   virtual QList<ChildForm*> forms() const = 0;
-  // Closes every form but `except`; false when one of them refuses.
+  // Closes the forms in turn and stops at one that refuses, with false.
+  virtual bool closeForms(const QList<ChildForm*>& forms) = 0;
+  // Closes every form but `except`; one that refuses is reported and gives false.
   virtual bool FormCloseAll(ChildForm* except = nullptr) = 0;
 
   // Shows one of the frame's context menus for the active form.

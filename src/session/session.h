@@ -15,6 +15,7 @@
 #include "platform/window_search.h"
 #include "session/failure.h"
 #include "session/forms.h"
+#include "session/names.h"
 #include "session/settings.h"
 
 namespace tandeko {
@@ -57,6 +58,10 @@ class Session : public QObject {
   Clock& clock() { return platform_.clock; }
   WindowSearch& windows() { return platform_.windows; }
   Settings& settings() { return settings_; }
+
+  // The program's title: its name, followed by "(1)" in a second copy.
+  QString title() const { return title_; }
+  void setTitle(const QString& title) { title_ = title; }
 
   // The main window; null before it is loaded and in tests that need none.
   Frame* frame() const { return frame_; }
@@ -131,6 +136,7 @@ class Session : public QObject {
  private:
   Platform platform_;
   Settings settings_;
+  QString title_ = kProgramName;
   Frame* frame_ = nullptr;
   FailureView* failureView_ = nullptr;
   std::unique_ptr<jet::Workspace> workspace_;

@@ -55,6 +55,8 @@ class Settings : public QObject {
   // Reads the program settings anew, tells changed().
   void load();
   const ProgramSettings& program() const { return program_; }
+  QString helpFile() const { return helpFile_; }
+  void setHelpFile(const QString& path) { helpFile_ = path; }
 
  Q_SIGNALS:
   // Colours, fonts or other settings that open forms show have changed.
@@ -65,6 +67,7 @@ class Settings : public QObject {
   QStringList names_;
   QStringList values_;
   ProgramSettings program_;
+  QString helpFile_;
 };
 
 // The folder of the program's own file, and the built-in folder of each kind, named as its setting

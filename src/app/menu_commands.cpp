@@ -1,0 +1,142 @@
+#include "app/menu_commands.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QDir>
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QTextEdit>
+
+#include "app/dlgParPakiet.h"
+#include "app/mdiMenu.h"
+#include "database/dlgBazaRejestr.h"
+#include "database/structure_update.h"
+#include "errors/error_reporter.h"
+#include "errors/support_letter.h"
+
+namespace tandeko {
+
+namespace {
+
+const QString kReaderPage = QStringLiteral("https://get.adobe.com/reader/");
+
+// Calls a slot that every text field has ("cut", "copy", "paste") on the focused one.
+void callOnTextField(const char* slot) {
+  QWidget* focused = QApplication::focusWidget();
+  if (qobject_cast<QLineEdit*>(focused) || qobject_cast<QTextEdit*>(focused) ||
+      qobject_cast<QPlainTextEdit*>(focused))
+    QMetaObject::invokeMethod(focused, slot);
+}
+
+QString executableName(const QString& program) {
+#ifdef Q_OS_WIN
+  return program + QStringLiteral(".exe");
+#else
+  return program.toLower();
+#endif
+}
+
+// Starts a program of the package; `file` is its name as the users know it.
+void startPackageProgram(Session& session, const QString& program) {
+  const QString path = packageProgram(session, executableName(program));
+  if (!path.isEmpty() && session.shell().startProgram(path, {}) == ShellResult::Done) return;
+  session.messages().inform(
+      QStringLiteral("Nie można zlokalizować pliku: ") + program +
+      QStringLiteral(".exe, plik ten powinien znajdować się w katalogu programów pakietu "
+                     "Lorvel: ") +
+      session.settings().program().folderPrograms);
+}
+
+void openHelp(Session& session) {
+  const QString path = session.settings().helpFile();
+  switch (session.shell().openDocument(path)) {
+    case ShellResult::Done:
+      return;
+    case ShellResult::NotFound:
+      return session.messages().refuse(QStringLiteral("Nie można zlokalizować pliku pomocy: ") +
+                                       QDir::toNativeSeparators(path));
+    default:
+      return session.messages().refuse(QStringLiteral("Nie można otworzyć pliku pomocy: ") +
+                                       QDir::toNativeSeparators(path));
+  }
+}
+
+void openManual(Session& session) {
+  const QString path =
+      QFileInfo(session.settings().helpFile()).absolutePath() + QStringLiteral("/Tandeko.pdf");
+  if (session.shell().openDocument(path) == ShellResult::Done) return;
+  session.messages().refuse(QStringLiteral("Aby otworzyć podręcznik użytkownika wymagane jest zainstalowanie "
+                                           "przeglądarki Acrobat Reader. Program do pobrania pod adresem: ") +
+                            kReaderPage);
+}
+
+void openWebPage(Session& session) {
+  if (session.shell().openAddress(kWebPage) != ShellResult::Done)
+    session.messages().refuse(QStringLiteral("Nie można otworzyć strony: ") + kWebPage);
+}
+
+void askQuestion(Session& session) {
+  if (!sendQuestion(session))
+    session.messages().refuse(QStringLiteral("Nie można uruchomić programu poczty elektronicznej."));
+}
+
+void showAbout(Session& session) {
+  session.messages().inform(kProgramName + QStringLiteral("\nWersja ") + programVersion().text() +
+                                QStringLiteral("\n\nEwidencja wyposażenia pracowników"),
+                            QStringLiteral("O programie"));
+}
+
+}  // namespace
+
+TextFieldState focusedTextField() {
+  const QWidget* focused = QApplication::focusWidget();
+  const bool clipboard = !QApplication::clipboard()->text().isEmpty();
+  const auto state = [clipboard](bool selected, bool readOnly) {
+    return TextFieldState{selected && !readOnly, selected, clipboard && !readOnly};
+  };
+  if (const auto* line = qobject_cast<const QLineEdit*>(focused))
+    return state(line->hasSelectedText() && line->echoMode() == QLineEdit::Normal, line->isReadOnly());
+  if (const auto* text = qobject_cast<const QPlainTextEdit*>(focused))
+    return state(text->textCursor().hasSelection(), text->isReadOnly());
+  if (const auto* text = qobject_cast<const QTextEdit*>(focused))
+    return state(text->textCursor().hasSelection(), text->isReadOnly());
+  return {};
+}
+
+QMap<QString, std::function<void()>> menuHandlers(Session& session, mdiMenu& window) {
+  const auto dialog = [&session, &window](auto make) {
+    return [&session, &window, make] {
+      guarded(session, "mdiMenu", [&] { make()->exec(); });
+      window.updateCommands();
+    };
+  };
+  return {
+      {QStringLiteral("mnuBazaOtworz"), [&window] { window.desk().chooseFile(); }},
+      {QStringLiteral("mnuNarzFundamo"),
+       [&session] { startPackageProgram(session, QStringLiteral("Fundamo")); }},
+      {QStringLiteral("mnuBazaLista"),
+       dialog([&session, &window] { return std::make_unique<dlgBazaRejestr>(session, &window); })},
+      {QStringLiteral("mnuNarzZmienUzyt"), [&window] { window.desk().changeUser(); }},
+      {QStringLiteral("mnuZakoncz"), [&window] { window.close(); }},
+      {QStringLiteral("mnuEdycjaWytnij"), [] { callOnTextField("cut"); }},
+      {QStringLiteral("mnuEdycjaKopiuj"), [] { callOnTextField("copy"); }},
+      {QStringLiteral("mnuEdycjaWklej"), [] { callOnTextField("paste"); }},
+      {QStringLiteral("mnuParPakiet"),
+       dialog([&session, &window] { return std::make_unique<dlgParPakiet>(session, &window); })},
+      {QStringLiteral("mnuNarzWersja"),
+       [&session] { startPackageProgram(session, QStringLiteral("Update")); }},
+      {QStringLiteral("mnuOknoKaskada"), [&window] { window.children().arrangeCascaded(); }},
+      {QStringLiteral("mnuOknoPoziomo"), [&window] { window.children().arrangeRows(); }},
+      {QStringLiteral("mnuOknoPionowo"), [&window] { window.children().arrangeColumns(); }},
+      {QStringLiteral("mnuOknoUporzadkuj"), [&window] { window.children().arrangeIcons(); }},
+      {QStringLiteral("mnuPomocSpis"), [&session] { openHelp(session); }},
+      {QStringLiteral("mnuPomocIndeks"), [&session] { openHelp(session); }},
+      {QStringLiteral("mnuPomocPodrecznik"), [&session] { openManual(session); }},
+      {QStringLiteral("mnuPomocInternet"), [&session] { openWebPage(session); }},
+      {QStringLiteral("mnuPomocPytanie"), [&session] { askQuestion(session); }},
+      {QStringLiteral("mnuPomocOprog"), [&session] { showAbout(session); }},
+  };
+}
+
+}  // namespace tandeko
