@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <memory>
 
 #include "jet/format/error.h"
 #include "jet/format/text.h"
@@ -40,8 +39,21 @@ constexpr int kAllFields = 0x01, kDistinct = 0x02, kOwnerAccess = 0x04, kDistinc
 constexpr int kAppendValues = 0x8000;
 constexpr int kPivot = 1, kRowHeading = 2;  // flags of a crosstab's output columns; 0 is the value
 
+// Words that a name may not be without brackets.
+bool isReserved(std::u16string_view name) {
+  static constexpr std::u16string_view kWords =
+      u" all alter and any as asc between by constraint create delete desc distinct drop eqv exists false "
+      u"foreign from"
+      u" group having imp in index inner insert into is join key left like mod not null on or order outer "
+      u"parameters"
+      u" percent pivot primary right select set some table top transform true union unique update values "
+      u"where with"
+      u" xor ";
+  return kWords.find(u" " + foldName(name) + u" ") != kWords.npos;
+}
+
 std::u16string quoted(std::u16string_view name) {
-  const bool plain = !name.empty() && !(name[0] >= u'0' && name[0] <= u'9') &&
+  const bool plain = !name.empty() && !isReserved(name) && !(name[0] >= u'0' && name[0] <= u'9') &&
                      std::all_of(name.begin(), name.end(), [](char16_t c) {
                        return c == u'_' || (c >= u'0' && c <= u'9') || (c >= u'A' && c <= u'Z') ||
                               (c >= u'a' && c <= u'z') || c >= 0xC0;

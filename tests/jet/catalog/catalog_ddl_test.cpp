@@ -183,6 +183,21 @@ TEST_F(CatalogDdl, WhatWasCreatedIsFoundAgain) {
   EXPECT_TRUE(relations[0].enforced && relations[0].cascadeUpdates && !relations[0].cascadeDeletes);
   expectSound(catalog());
 
+  // Administrator and users get what the container passes on.
+  std::vector<std::pair<Binary, int32_t>> permissions;
+  {
+    const ReadScope scope(*db_.pager);
+    const RowStore aces(*db_.pager, catalog().table(u"MSysACEs"));
+    for (Heap::Scan scan = aces.scan(); scan.next();) {
+      const RowReader row = aces.reader(scan.bytes(), scan.where());
+      if (row.value(aces.def().columnOrdinal(u"ObjectId")) != Value(static_cast<int32_t>(people->page)))
+        continue;
+      permissions.emplace_back(row.value(aces.def().columnOrdinal(u"SID")).get<Binary>(),
+                               row.value(aces.def().columnOrdinal(u"ACM")).get<int32_t>());
+    }
+  }
+  EXPECT_EQ(permissions, (decltype(permissions){{{0x64, 0x8B}, 0xF00FE}, {{0x65, 0x8B}, 0xFFEFF}}));
+
   db_.catalog.reset();
   db_.pager.reset();
   if (std::system("command -v mdb-tables >/dev/null") != 0) return;
@@ -405,6 +420,12 @@ TEST_F(CatalogDdl, RelationshipsShareAndReleaseIndexes) {
   EXPECT_TRUE(catalog().relations().empty());  // the loose one went with its tables
   EXPECT_EQ(catalog().objects().size(), 8u);
   expectSound(catalog());
+
+  const ReadScope scope(*db_.pager);
+  const PageAllocator allocator(*db_.pager);
+  for (PageNumber page = 0; page < db_.pager->pageCount(); ++page) {
+    EXPECT_EQ(allocator.isFree(page), page >= Catalog::kEmptyDatabasePages) << page;
+  }
 }
 
 TEST_F(CatalogDdl, LongDefinitionsGrowAndShrinkTheirChain) {
@@ -476,6 +497,42 @@ TEST_F(CatalogDdl, PropertiesAndCacheFollowEveryChange) {
   cleared.stored.clear();
   c.setTableProperty(u"Pozycje", cleared);
   EXPECT_FALSE(c.table(u"Pozycje")->properties.find(u"Description"));
+}
+
+TEST(CatalogOfRealFiles, TakesEveryChange) {
+  if (samples().empty()) GTEST_SKIP() << "TANDEKO_SAMPLES names no folder with samples";
+  const ScratchFolder scratch;
+  for (const auto& file : samples()) {
+    SCOPED_TRACE(file.filename());
+    const auto copy = scratch / file.filename().string();
+    std::filesystem::copy_file(file, copy);
+    OpenDatabase db = openDatabase(copy);
+    const std::vector<std::u16string> tables = db->userTables();
+    if (db->header().version == Version::Jet3) {
+      EXPECT_EQ(errorOf([&] { db->dropTable(tables[0]); }), 3251);
+      continue;
+    }
+    expectSound(*db.catalog);
+    makeFirm(*db.catalog);
+    db->createRelation(firmRelation());
+    for (const std::u16string& name : tables) {
+      const std::u16string first = db->table(name)->columns[0].name;
+      db->addColumn(name, column(u"Dodana", Type::Memo));
+      db->createIndex(name, {.name = u"Nowy", .columns = {{first, true}}});
+      db->renameColumn(name, first, u"Inna");
+      db->renameTable(name, u"x " + name.substr(0, 60));
+    }
+    const size_t relations = db->relations().size();
+    db = {};
+    db = openDatabase(copy);
+    expectSound(*db.catalog);
+    EXPECT_EQ(db->relations().size(), relations);
+    for (const Relation& r : db->relations()) {
+      if (r.enforced && !db->table(r.table)->system) db->dropRelation(r.name);
+    }
+    for (const std::u16string& name : db->userTables()) db->dropTable(name);
+    expectSound(*db.catalog);
+  }
 }
 
 }  // namespace

@@ -219,6 +219,9 @@ TEST(CatalogSamples, DefinitionsSurviveRewriting) {
       SCOPED_TRACE(toUtf8(object.name));
       const TdefBytes stored = readTdefBytes(*db.pager, static_cast<PageNumber>(object.id));
       const TableDef table = parseTdef(stored, db->header());
+      EXPECT_TRUE(
+          std::is_sorted(table.indexes.begin(), table.indexes.end(),
+                         [](const auto& a, const auto& b) { return foldName(a.name) < foldName(b.name); }));
       const std::string written = encodeTdef(table, db->header().version);
       ASSERT_EQ(written.size(), stored.bytes.size());
       const TableDef again = parseTdef({written, stored.pages}, db->header());
