@@ -49,6 +49,7 @@ class RowStore {
   void checkKey(const RealIndex& index, std::span<const Value> values, const std::optional<std::string>& key,
                 RowId self) const;
   uint64_t insertKey(size_t index, const std::string& key, RowId row) const;
+  void removeKey(size_t index, const std::string& key, RowId row) const;
   std::string encode(std::vector<Value>& values, std::vector<std::string>& longValues) const;
   std::string writeLongValue(int ordinal, const Value& value) const;
   void removeLongValue(const RowReader& row, int ordinal) const;

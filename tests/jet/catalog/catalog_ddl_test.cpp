@@ -80,8 +80,9 @@ Relation firmRelation() {
   return r;
 }
 
-// Every index of every table holds exactly the keys of the table's rows, and counts are right.
-void expectSound(Catalog& catalog) {
+// Every index of every table holds exactly the keys of the table's rows (not `exactKeys`: entries of the
+// rows, whatever their keys), and counts are right.
+void expectSound(Catalog& catalog, bool exactKeys = true) {
   const ReadScope scope(catalog.pager());
   for (const CatalogObject& object : catalog.objects()) {
     if (object.type != 1) continue;
@@ -106,6 +107,12 @@ void expectSound(Catalog& catalog) {
       std::vector<std::pair<std::string, RowId>> actual;
       tree.check([](const std::u16string& fault) { ADD_FAILURE() << toUtf8(fault); },
                  [&](Bytes key, RowId row) { actual.emplace_back(asChars(key), row); });
+      if (!exactKeys) {
+        for (auto* entries : {&actual, &expected[i]}) {
+          for (auto& entry : *entries) entry.first.clear();
+          std::sort(entries->begin(), entries->end());
+        }
+      }
       EXPECT_EQ(actual, expected[i]);
     }
     for (const IndexDef& logical : def->indexes) {
@@ -435,6 +442,7 @@ TEST_F(CatalogDdl, LongDefinitionsGrowAndShrinkTheirChain) {
     wide.columns.push_back(column((stem + fromUtf8(std::to_string(i))).c_str(), Type::Byte));
   catalog().createTable(wide);
   const auto pageCount = db_.pager->pageCount();
+  Transaction indexing(*db_.pager);  // one commit for many small changes
   for (int i = 0; i < 32; ++i) {
     catalog().createIndex(u"Szeroka", plainIndex((stem + fromUtf8(std::to_string(i))).c_str(),
                                                  (stem + fromUtf8(std::to_string(i))).c_str()));
@@ -442,7 +450,9 @@ TEST_F(CatalogDdl, LongDefinitionsGrowAndShrinkTheirChain) {
   EXPECT_EQ(
       errorOf([&] { catalog().createIndex(u"Szeroka", plainIndex(u"x", wide.columns[0].name.c_str())); }),
       3626);
+  indexing.commit();
   reopen();
+  Transaction shrinking(*db_.pager);
   TableDefPtr table = catalog().table(u"szeroka");
   ASSERT_EQ(table->columns.size(), 255u);
   EXPECT_EQ(table->columns[254].name, wide.columns[254].name);
@@ -454,6 +464,7 @@ TEST_F(CatalogDdl, LongDefinitionsGrowAndShrinkTheirChain) {
   EXPECT_EQ(table->rowLayout.nextColumn, 255);
   EXPECT_EQ(errorOf([&] { catalog().addColumn(u"Szeroka", column(u"x", Type::Byte)); }), 3190);
   EXPECT_EQ(errorOf([&] { catalog().dropColumn(u"Szeroka", wide.columns[0].name); }), 3280);
+  shrinking.commit();
   // Pages that the definition gave back serve again.
   catalog().dropTable(u"Szeroka");
   catalog().createTable(wide);
@@ -512,7 +523,9 @@ TEST(CatalogOfRealFiles, TakesEveryChange) {
       EXPECT_EQ(errorOf([&] { db->dropTable(tables[0]); }), 3251);
       continue;
     }
-    expectSound(*db.catalog);
+    // Keeps ligatures under keys of other weights than most files do.
+    const bool exactKeys = file.filename() != "jet4-unicode-compression.mdb";
+    expectSound(*db.catalog, exactKeys);
     makeFirm(*db.catalog);
     db->createRelation(firmRelation());
     for (const std::u16string& name : tables) {
@@ -525,8 +538,16 @@ TEST(CatalogOfRealFiles, TakesEveryChange) {
     const size_t relations = db->relations().size();
     db = {};
     db = openDatabase(copy);
-    expectSound(*db.catalog);
+    expectSound(*db.catalog, exactKeys);
     EXPECT_EQ(db->relations().size(), relations);
+    if (!exactKeys) {
+      Transaction level(*db.pager);
+      RowStore rows(*db.pager, db->table(u"x Table"));
+      std::vector<RowId> present;
+      for (Heap::Scan scan = rows.scan(); scan.next();) present.push_back(scan.id());
+      for (const RowId row : present) rows.remove(row);
+      expectSound(*db.catalog);
+    }
     for (const Relation& r : db->relations()) {
       if (r.enforced && !db->table(r.table)->system) db->dropRelation(r.name);
     }
