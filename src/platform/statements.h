@@ -15,6 +15,8 @@ int64_t execute(jet::Database& database, const QString& sql);
 
 // A whole number of a field; nullopt for Null.
 std::optional<int> keyOf(const jet::Value& value);
+// A text inside of single quotes.
+inline QString quoted(QString text) { return text.replace(QStringLiteral("'"), QStringLiteral("''")); }
 inline QString str(int key) { return QString::number(key); }
 
 // Everything between the construction and commit() happens in the file or nothing does.

@@ -1,0 +1,68 @@
+#include "lists/record_form.h"
+
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+
+namespace tandeko {
+
+RecordForm::RecordForm(Session& session, const QString& name, const QString& karParent)
+    : session_(session), karParent_(karParent) {
+  setObjectName(name);
+}
+
+void RecordForm::watch(QPushButton* cmdZapisz, QPushButton* cmdAnuluj) {
+  cmdZapisz_ = cmdZapisz;
+  const auto changed = [this] {
+    if (!loading()) setEdited(true);
+  };
+  for (auto* field : findChildren<QLineEdit*>())
+    if (!field->isReadOnly()) connect(field, &QLineEdit::textChanged, this, changed);
+  for (auto* field : findChildren<QComboBox*>())
+    connect(field, &QComboBox::currentIndexChanged, this, changed);
+  for (auto* field : findChildren<QPlainTextEdit*>())
+    connect(field, &QPlainTextEdit::textChanged, this, changed);
+  for (auto* field : findChildren<QCheckBox*>()) connect(field, &QCheckBox::toggled, this, changed);
+  connect(cmdZapisz, &QPushButton::clicked, this, [this] {
+    const bool isNew = recordKey() < 1;
+    if (save() && !(isNew && session_.settings().program().keepNewFormOpen)) close();
+  });
+  connect(cmdAnuluj, &QPushButton::clicked, this, &QWidget::close);
+}
+
+void RecordForm::setEdited(bool edited) { edited_ = edited; }
+
+void RecordForm::closeEvent(QCloseEvent* event) {
+  if (edited_ && !readOnly()) {
+    switch (session_.messages().show({QStringLiteral("Dane zostały zmienione. Zapisać zmiany?"),
+                                      {},
+                                      Icon::Question,
+                                      Buttons::YesNoCancel,
+                                      Answer::Yes})) {
+      case Answer::Yes:
+        if (!save()) return event->ignore();
+        break;
+      case Answer::No:
+        break;
+      default:
+        return event->ignore();
+    }
+    edited_ = false;
+  }
+  ChildForm::closeEvent(event);
+}
+
+void RecordForm::keyPressEvent(QKeyEvent* event) {
+  const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+  if (event->key() == Qt::Key_Escape)
+    close();
+  else if (enter && cmdZapisz_ && cmdZapisz_->isEnabled())
+    cmdZapisz_->click();
+  else
+    ChildForm::keyPressEvent(event);
+}
+
+}  // namespace tandeko
