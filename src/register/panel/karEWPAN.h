@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "register/current_register.h"
+#include "register/dokEWKAR.h"
 #include "register/item_store.h"
 #include "register/panel/employee_list.h"
 #include "register/panel/item_drag.h"
@@ -32,10 +33,15 @@ class karEWPAN : public ChildForm {
   bool PanelFillEmployees();
   // Selects `item`, or keeps the selection with 0.
   bool PanelFillTree(ItemTreeView& tree, int holder, int item = 0);
+  void PanelNewItem();
+  void PanelEditItem();
+  void PanelSplit();
   void PanelDeleteItem();
   void PanelCopy();
   void PanelCut();
   void PanelPaste();
+  // 0: a new employee.
+  void PanelEditEmployee(int employee);
   void PanelDeleteEmployee();
   // Takes the last move back; says so when it cannot.
   void PanelUndo();
@@ -66,6 +72,9 @@ class karEWPAN : public ChildForm {
   void moved(const MoveRecord& record, const QString& itemText);
   void refillAfterMove(int from, int to, int item);
   void refreshLists();
+  void openItemForm(const ItemFormRequest& request);
+  // Selects the item in the tree that shows it.
+  void selectItem(int item);
 
   struct Undo {
     int registerKey;

@@ -1,8 +1,13 @@
 // What the panel's menus, keys and drops do.
 
 #include "errors/error_reporter.h"
+#include "people/dokSWPRA.h"
 #include "people/employee_store.h"
+#include "platform/statements.h"
+#include "register/dokEWKAR.h"
+#include "register/frmPodziel.h"
 #include "register/panel/karEWPAN.h"
+#include "register/require_register.h"
 
 namespace tandeko {
 
@@ -10,7 +15,7 @@ namespace {
 
 constexpr size_t kMostUndo = 50;
 
-QString quoted(const QString& text) { return QStringLiteral("„") + text + QStringLiteral("”"); }
+QString inQuotes(const QString& text) { return QStringLiteral("„") + text + QStringLiteral("”"); }
 
 }  // namespace
 
@@ -23,8 +28,19 @@ bool karEWPAN::supports(Command command) const {
     case Command::PanelMagazyn:
     case Command::PanelKosz:
       return true;
+    case Command::PraNowy:
+      return session_.databaseOpen() && mayChange();
+    case Command::PraWlas:
+      return lstPracownik_->selectedEmployee() > 0;
     case Command::PraUsun:
       return lstPracownik_->selectedEmployee() > 0 && mayChange();
+    case Command::SprzNowy:
+      // Without a register the command offers to make one.
+      return holderOf(*last_) &&
+             (register_.key < 1 ? session_.databaseOpen() && session_.UserCanWrite() : mayChange());
+    case Command::SprzWlas:
+      return last_->selectedItem() > 0;
+    case Command::SprzPodziel:
     case Command::SprzUsun:
       return last_->selectedItem() > 0 && mayChange();
     case Command::SprzKopiuj:
@@ -51,8 +67,18 @@ void karEWPAN::run(Command command) {
     case Command::PanelMagazyn:
     case Command::PanelKosz:
       return setPaneShown(command, !isOn(command));
+    case Command::PraNowy:
+      return PanelEditEmployee(0);
+    case Command::PraWlas:
+      return PanelEditEmployee(lstPracownik_->selectedEmployee());
     case Command::PraUsun:
       return PanelDeleteEmployee();
+    case Command::SprzNowy:
+      return PanelNewItem();
+    case Command::SprzWlas:
+      return PanelEditItem();
+    case Command::SprzPodziel:
+      return PanelSplit();
     case Command::SprzUsun:
       return PanelDeleteItem();
     case Command::SprzKopiuj:
@@ -150,11 +176,59 @@ void karEWPAN::PanelUndo() {
       refreshLists();
     } else {
       session_.messages().refuse(QStringLiteral("Nie można cofnąć przeniesienia przedmiotu ") +
-                                 quoted(last.itemText) + QStringLiteral(", ponieważ przedmiot ") +
-                                 quoted(obstacle) + QStringLiteral(" został w międzyczasie zmieniony."));
+                                 inQuotes(last.itemText) + QStringLiteral(", ponieważ przedmiot ") +
+                                 inQuotes(obstacle) + QStringLiteral(" został w międzyczasie zmieniony."));
     }
   });
 }
+
+void karEWPAN::PanelNewItem() {
+  const auto holder = holderOf(*last_);
+  if (holder && requireRegister(session_)) openItemForm({0, *holder, last_->selectedItem(), formName()});
+}
+
+void karEWPAN::PanelEditItem() {
+  ItemFormRequest request;
+  request.item = last_->selectedItem();
+  request.karParent = formName();
+  openItemForm(request);
+}
+
+void karEWPAN::openItemForm(const ItemFormRequest& request) {
+  if (auto* form = dokEWKAR::open(session_, request))
+    connect(form, &dokEWKAR::saved, this, &karEWPAN::selectItem, Qt::UniqueConnection);
+}
+
+void karEWPAN::selectItem(int item) {
+  for (ItemTreeView* tree : {treeSprzet_, treeMagazyn_, treeKosz_}) {
+    const QModelIndex index = tree->items().indexOf(item);
+    if (!index.isValid()) continue;
+    tree->setCurrentIndex(index);
+    tree->scrollTo(index);
+  }
+}
+
+void karEWPAN::PanelSplit() {
+  guarded(session_, "PanelSplit", [this] {
+    const int item = last_->selectedItem();
+    if (!openRows(session_.database(), QStringLiteral("SELECT * FROM ewkar WHERE parent = ") + str(item))
+             ->eof()) {
+      session_.messages().refuse(QStringLiteral(
+          "Nie można podzielić przedmiotu, który ma przypisane elementy. Usuń lub przesuń elementy "
+          "przypisane do przedmiotu i spróbuj ponownie."));
+      return;
+    }
+    const auto source = loadItem(session_.database(), item);
+    if (!source) return KarRefresh();
+    frmPodziel dialog(session_, *source, register_.key, window());
+    if (dialog.exec() != QDialog::Accepted) return;
+    KarRefresh();
+    selectItem(dialog.newItem());
+    refreshLists();
+  });
+}
+
+void karEWPAN::PanelEditEmployee(int employee) { dokSWPRA::open(session_, employee, kPanelCaller); }
 
 void karEWPAN::PanelDeleteItem() {
   const int item = last_->selectedItem();
