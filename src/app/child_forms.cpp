@@ -3,6 +3,9 @@
 #include <QMap>
 #include <functional>
 
+#include "people/dictionary_forms.h"
+#include "register/panel/karEWPAN.h"
+
 namespace tandeko {
 
 namespace {
@@ -10,7 +13,13 @@ namespace {
 using Maker = std::function<ChildForm*(Session&)>;
 
 const QMap<QString, Maker>& makers() {
-  static const QMap<QString, Maker> forms = {};
+  static const QMap<QString, Maker> forms = [] {
+    QMap<QString, Maker> made;
+    made[QStringLiteral("karEWPAN")] = [](Session& session) { return new karEWPAN(session); };
+    for (const DictionaryKind& kind : dictionaryKinds())
+      made[kind.form] = [&kind](Session& session) { return new DictionaryForm(session, kind); };
+    return made;
+  }();
   return forms;
 }
 
