@@ -1,13 +1,14 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 
 #include "jet/catalog/catalog.h"
+#include "jet/catalog/references.h"
+#include "jet/catalog/row_store.h"
 #include "jet/storage/btree.h"
-#include "jet/storage/heap.h"
-#include "jet/storage/long_value.h"
 
 namespace jet {
 
@@ -23,11 +24,15 @@ class RuleEvaluator {
                          std::span<const Value> values) = 0;
 };
 
-// An open table: rows with their indexes, long values and rules kept together. Every change is one
-// pager level: it happens completely or throws and leaves nothing behind.
+// An open table: rows with their indexes, long values, rules and relationships kept together. Every change
+// is one pager level: it happens completely or throws and leaves nothing behind. Good for as long as the
+// definition is: after a change of structure a Table is made anew.
 class Table {
  public:
   Table(Catalog& catalog, TableDefPtr def, RuleEvaluator* rules = nullptr);
+  ~Table();
+  Table(const Table&) = delete;
+  Table& operator=(const Table&) = delete;
 
   const TableDef& def() const { return *def_; }
   Catalog& catalog() const { return catalog_; }
@@ -35,22 +40,21 @@ class Table {
   // All values by ordinal, long values followed. nullopt when the row is gone.
   std::optional<std::vector<Value>> read(RowId row) const;
   // One column of a row that a scan or fetch has pinned; follows long values.
-  Value column(const RowReader& row, int ordinal) const;
+  Value column(const RowReader& row, int ordinal) const { return rows_.value(row, ordinal); }
   // The pinned row's bytes; nullopt when gone.
-  std::optional<Heap::Row> fetch(RowId row) const { return heap_.fetch(row); }
-  Heap::Scan scan() const { return Heap::Scan(heap_); }
-  RowReader reader(Bytes row, PageNumber where) const { return RowReader(def_->rowLayout, row, where); }
+  std::optional<Heap::Row> fetch(RowId row) const { return rows_.heap().fetch(row); }
+  Heap::Scan scan() const { return rows_.scan(); }
+  RowReader reader(Bytes row, PageNumber where) const { return rows_.reader(row, where); }
 
-  // A new row. A column left without a value (nullopt) takes its AutoNumber, its default or Null; values are of
-  // the columns' types (sql/convert.h converts). Checks in order: Required (3314), zero length (3315), size (3163),
-  // rules (3316, 3317), Null in a key (3058), unique (3022), related record (3201).
+  // A new row. A column left without a value (nullopt) takes its AutoNumber, its default or Null; values are
+  // of the columns' types (sql/convert.h converts). Checks in order: Required (3314), zero length (3315),
+  // size (3163), rules (3316, 3317), Null in a key (3058), unique (3022), related record (3201).
   RowId insert(std::vector<std::optional<Value>> values);
-  // Changes the named columns. Adds 3200 and cascades to the above. Throws 3167 when the row is gone.
-  struct Change {
-    int ordinal;
-    Value value;
-  };
+  // Changes the named columns: the checks of insert for them, and 3200 or a cascade for rows that refer to
+  // this one. Inside a cascade the numbers are 3396-3411. Throws 3167 when the row is gone.
+  using Change = RowStore::Change;
   void update(RowId row, std::span<const Change> changes);
+  // 3200 or a cascade as for update.
   void remove(RowId row);
 
   // The AutoNumber given to the last inserted row.
@@ -58,12 +62,14 @@ class Table {
 
   // Index access. The range is in encoded keys: all entries with low <= key prefix <= high.
   struct KeyRange {
-    std::string low, high;       // empty: open end
+    std::string low, high;                             // empty: open end
     bool lowExclusive = false, highExclusive = false;  // excludes every key that begins with the bound
   };
   class IndexScan {
    public:
     IndexScan(const Table& table, int realIndex, KeyRange range, bool backwards = false);
+    IndexScan(const IndexScan&) = delete;
+    IndexScan& operator=(const IndexScan&) = delete;
     bool next();
     RowId row() const { return cursor_.row(); }
     Bytes key() const { return cursor_.key(); }
@@ -78,14 +84,29 @@ class Table {
   std::string indexKey(int realIndex, std::span<const Value> values) const;
 
  private:
+  friend class Cascade;
+
+  void fill(std::vector<std::optional<Value>>& given, std::vector<Value>& values,
+            std::optional<int32_t>& autoNumber);
+  // `changed` empty: every column.
+  void checkValues(std::span<const Value> values, const std::vector<bool>& changed) const;
+  void checkRule(const std::u16string& rule, const std::u16string& text, const std::u16string& name,
+                 int ordinal, std::span<const Value> values) const;
+  bool hasRules() const;
+
   Catalog& catalog_;
   TableDefPtr def_;
   RuleEvaluator* rules_;
-  Heap heap_;
+  RowStore rows_;
+  std::unique_ptr<References> references_;  // made when first needed
+  std::map<PageNumber, std::unique_ptr<Table>> related_;
   int32_t lastAutoNumber_ = 0;
 };
 
-// Verifies the whole file; `fault` receives one line a deviation. Never throws for damage.
-void checkDatabase(Catalog& catalog, const std::function<void(const std::u16string&)>& fault);
+// Verifies the whole file: pages and who owns them, definitions, rows, long values, every index entry against
+// its row, uniqueness, relationships, the catalogue. `fault` receives one line a deviation. Pages that are
+// neither used nor free harm nothing but the file's size; `leaks` reports them too. Never throws for damage.
+void checkDatabase(Catalog& catalog, const std::function<void(const std::u16string&)>& fault,
+                   bool leaks = true);
 
 }  // namespace jet
