@@ -166,6 +166,7 @@ void Collation::appendGeneral(std::u16string_view text, std::string& key) const 
   }
   std::string weights(static_cast<size_t>(elements),
                       kNeutralWeight);  // behind those of marks without a letter
+  bool accented = false;
   std::vector<uint8_t> kana;
   std::vector<Unprintable> unprintables;
   for (const char16_t c : text) {
@@ -175,17 +176,23 @@ void Collation::appendGeneral(std::u16string_view text, std::string& key) const 
       case kLetter:
         key.append(reinterpret_cast<char*>(bytes), static_cast<size_t>(putCode(u.code, bytes)));
         weights += static_cast<char>(u.weight);
+        accented = accented || u.weight != kNeutralWeight;
         ++elements;
         if (u.flags >> kKanaShift) kana.push_back(static_cast<uint8_t>(u.flags >> kKanaShift));
         break;
       case kSeveral: {
         const SeveralElements& several = kSeveralTable[u.code];
         key.append(reinterpret_cast<const char*>(several.codes), several.codeLength);
-        weights.append(reinterpret_cast<const char*>(several.weights), several.elements);
+        if (accented)
+          weights +=
+              static_cast<char>(*std::max_element(several.weights, several.weights + several.elements));
+        else
+          weights.append(reinterpret_cast<const char*>(several.weights), several.elements);
         elements += several.elements;
         break;
       }
       case kMark:
+        accented = true;
         if (elements == 0)
           weights += static_cast<char>(u.weight);
         else

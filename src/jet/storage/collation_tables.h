@@ -26,6 +26,8 @@ struct CodeRun {
 extern const CodeRun kGeneral[];
 extern const int kGeneralCount;
 
+// A character of several elements has a weight for each, but only one in a key that has had a weight other
+// than the neutral 02 before.
 struct SeveralElements {
   uint8_t codeLength;
   uint8_t codes[4];

@@ -208,6 +208,9 @@ TEST(IndexKey, RareForms) {
        "80"},  // so it sorts before its longer fellows, turned round or not
       {{Type::Text, true, &general}, Value(u"a"), "80B5FEFF00"},
       {{Type::Text, true, &general}, Value(u""), "80FEFF00"},
+      // two elements have two weights, behind an accent one
+      {{Type::Text, false, &general}, Value(u"ßé"), "7F6B6B510102020E00"},
+      {{Type::Text, false, &general}, Value(u"éßé"), "7F516B6B51010E020E00"},
       {{Type::Decimal, false, nullptr, 2}, Value(decimal(1234)), "7FFF000000000000000000000000000004D2"},
       {{Type::Decimal, false, nullptr, 2}, Value(decimal(-1234)), "7F00FFFFFFFFFFFFFFFFFFFFFFFFFFFFFB2D"},
       {{Type::Decimal, true, nullptr, 2}, Value(decimal(1234)), "80FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFB2D"},
