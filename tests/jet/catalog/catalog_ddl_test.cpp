@@ -1,7 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <cstdlib>
+#include <fstream>
 
 #include "catalog_fixture.h"
 #include "jet/catalog/row_store.h"
@@ -129,14 +130,10 @@ void expectSound(Catalog& catalog, bool exactKeys = true) {
   }
 }
 
-std::string run(const std::string& command) {
-  std::string output;
-  FILE* pipe = popen((command + " 2>&1").c_str(), "r");
-  if (!pipe) return output;
-  char buffer[4096];
-  for (size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;) output.append(buffer, n);
-  pclose(pipe);
-  return output;
+std::string outputOf(const std::string& command, const std::filesystem::path& file) {
+  if (std::system((command + " >" + file.string() + " 2>&1").c_str()) != 0) return {};
+  std::ifstream in(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
 }
 
 class CatalogDdl : public testing::Test {
@@ -207,16 +204,17 @@ TEST_F(CatalogDdl, WhatWasCreatedIsFoundAgain) {
 
   db_.catalog.reset();
   db_.pager.reset();
-  if (std::system("command -v mdb-tables >/dev/null") != 0) return;
-  EXPECT_EQ(run("mdb-tables -1 " + path_.string()), "Pracownicy\nPozycje\n");
+  const auto output = scratch_ / "output.txt";
+  if (outputOf("command -v mdb-tables", output).empty()) return;
+  EXPECT_EQ(outputOf("mdb-tables -1 " + path_.string(), output), "Pracownicy\nPozycje\n");
   const std::string schema =
-      run("mdb-schema --indexes --relations --not-null " + path_.string() + " postgres");
+      outputOf("mdb-schema --indexes --relations --not-null " + path_.string() + " postgres", output);
   for (const char* expected :
        {"\"nazwisko\"\t\t\tVARCHAR (40) NOT NULL", "PRIMARY KEY (\"id\")",
         "REFERENCES \"Pracownicy\"(\"id\") ON UPDATE CASCADE", "UNIQUE", "\"uwagi\""}) {
     EXPECT_NE(schema.find(expected), schema.npos) << expected << "\n" << schema;
   }
-  EXPECT_EQ(run("mdb-export -H " + path_.string() + " Pracownicy"),
+  EXPECT_EQ(outputOf("mdb-export -H " + path_.string() + " Pracownicy", output),
             "1,\"Żak\",\"07/06/09 12:00:00\",\"Łódź\"\n");
 }
 
