@@ -4,7 +4,9 @@
 #include <functional>
 
 #include "people/dictionary_forms.h"
+#include "register/dlgParRejEwi.h"
 #include "register/panel/karEWPAN.h"
+#include "register/require_register.h"
 
 namespace tandeko {
 
@@ -16,6 +18,9 @@ const QMap<QString, Maker>& makers() {
   static const QMap<QString, Maker> forms = [] {
     QMap<QString, Maker> made;
     made[QStringLiteral("karEWPAN")] = [](Session& session) { return new karEWPAN(session); };
+    made[QStringLiteral("dlgParRejEwi")] = [](Session& session) -> ChildForm* {
+      return requireRegister(session) ? new dlgParRejEwi(session) : nullptr;
+    };
     for (const DictionaryKind& kind : dictionaryKinds())
       made[kind.form] = [&kind](Session& session) { return new DictionaryForm(session, kind); };
     return made;

@@ -14,6 +14,7 @@
 #include "database/structure_update.h"
 #include "errors/error_reporter.h"
 #include "errors/support_letter.h"
+#include "register/kreRejewi.h"
 
 namespace tandeko {
 
@@ -124,6 +125,7 @@ QMap<QString, std::function<void()>> menuHandlers(Session& session, mdiMenu& win
       {QStringLiteral("mnuEdycjaWklej"), [] { callOnTextField("paste"); }},
       {QStringLiteral("mnuParPakiet"),
        dialog([&session, &window] { return std::make_unique<dlgParPakiet>(session, &window); })},
+      {QStringLiteral("mnuNarzKreRejestr"), [&session] { runRegisterWizard(session); }},
       {QStringLiteral("mnuNarzWersja"),
        [&session] { startPackageProgram(session, QStringLiteral("Update")); }},
       {QStringLiteral("mnuOknoKaskada"), [&window] { window.children().arrangeCascaded(); }},

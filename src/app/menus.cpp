@@ -69,9 +69,9 @@ constexpr MenuLine kMainMenu[] = {
 
     {0, u"mnuParametry", u"&Narzędzia"},
     {1, u"mnuParPakiet", u"&Parametry programu...", Need::Nothing, {}, nullptr, "settings"},
-    {1, u"mnuParRejestr", u"Parametry &rejestru...", Need::Later},
+    {1, u"mnuParRejestr", u"Parametry &rejestru...", Need::Form},
     {1, u"mnuSep52", u"-"},
-    {1, u"mnuNarzKreRejestr", u"&Kreator rejestrów...", Need::Later},
+    {1, u"mnuNarzKreRejestr", u"&Kreator rejestrów...", Need::Database},
     {1, u"mnuSep53", u"-"},
     {1, u"mnuNarzWersja", u"Aktualizuj program..."},
 
@@ -234,6 +234,7 @@ QString formOfMenu(const QString& menuName) {
       {QStringLiteral("mnuSloStanyPrzed"), QStringLiteral("sloSWSEW")},
       {QStringLiteral("mnuSloDzialy"), QStringLiteral("sloSWKOM")},
       {QStringLiteral("mnuSloJednostki"), QStringLiteral("sloSWJED")},
+      {QStringLiteral("mnuParRejestr"), QStringLiteral("dlgParRejEwi")},
   };
   return forms.value(menuName);
 }

@@ -31,7 +31,6 @@ karEWPAN::karEWPAN(Session& session, QWidget* parent) : ChildForm(parent), sessi
   setWindowIcon(icon("panel"));
   build();
   readLayout();
-  connect(&session_, &Session::registerChanged, this, [this] { KarRefresh(); });
   connect(&session_, &Session::userChanged, this, &ChildForm::commandsChanged);
   connect(&session_, &Session::databaseChanged, this, [this] {
     undo_.clear();
@@ -150,14 +149,21 @@ bool karEWPAN::eventFilter(QObject* watched, QEvent* event) {
   return ChildForm::eventFilter(watched, event);
 }
 
+QString karEWPAN::layoutQualifier() const {
+  return QString::number(session_.settings().program().listFontSize);
+}
+
 void karEWPAN::readLayout() {
-  const PanelLayout layout = PanelLayout::load(session_.registry());
+  const PanelLayout layout = PanelLayout::load(session_.registry(), layoutQualifier());
   lstPracownik_->setMode(static_cast<EmployeeList::Mode>(layout.employeeView));
   setPaneShown(Command::PanelMagazyn, layout.warehouseShown);
   setPaneShown(Command::PanelKosz, layout.binShown);
-  for (int column = 0; column < layout.columnWidths.size(); ++column)
-    if (layout.columnWidths[column] > 0)
-      lstPracownik_->details().setColumnWidth(column, layout.columnWidths[column]);
+  QHeaderView& header = *lstPracownik_->details().header();
+  for (int column = 0; column < layout.columns.columns.size(); ++column) {
+    const auto& [width, place] = layout.columns.columns[column];
+    if (width > 0) header.resizeSection(column, width);
+    if (place >= 0) header.moveSection(header.visualIndex(column), place);
+  }
   coolOkno_->setSizes(layout.paneSizes.size() == coolOkno_->count() ? layout.paneSizes
                                                                     : QList<int>{260, 400, 400});
   stack_->setSizes(layout.stackSizes.size() == stack_->count() ? layout.stackSizes : QList<int>{400, 200});
@@ -174,11 +180,12 @@ void karEWPAN::KarSaveParam(bool save) {
   layout.employeeView = static_cast<int>(lstPracownik_->mode());
   layout.warehouseShown = isOn(Command::PanelMagazyn);
   layout.binShown = isOn(Command::PanelKosz);
-  for (int column = 0; column < lstPracownik_->model().columnCount(); ++column)
-    layout.columnWidths << lstPracownik_->details().columnWidth(column);
+  const QHeaderView& header = *lstPracownik_->details().header();
+  for (int column = 0; column < header.count(); ++column)
+    layout.columns.columns.append({header.sectionSize(column), header.visualIndex(column)});
   layout.paneSizes = coolOkno_->sizes();
   layout.stackSizes = stack_->sizes();
-  layout.store(session_.registry());
+  layout.store(session_.registry(), layoutQualifier());
 }
 
 void karEWPAN::setPaneShown(Command command, bool shown) {

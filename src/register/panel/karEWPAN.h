@@ -53,6 +53,7 @@ class karEWPAN : public ChildForm {
   void build();
   void connectTree(ItemTreeView& tree);
   void readLayout();
+  QString layoutQualifier() const;
   void refill();
   void fillTrees();
   void showHolderInfo(ItemTreeView& tree);

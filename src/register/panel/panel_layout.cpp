@@ -11,10 +11,9 @@ namespace {
 constexpr int kColumns = 3;
 constexpr int kWidestPane = 20000;  // pixels
 
-QString group() { return kProgramKey + QStringLiteral("\\karEWPAN"); }
-QString columnName(int column) {
-  return QStringLiteral("Kol ") + QString::number(column) + QStringLiteral(" Width");
-}
+const QString kForm = QStringLiteral("karEWPAN");
+
+QString group() { return kProgramKey + u'\\' + kForm; }
 QString flagText(bool flag) { return flag ? QStringLiteral("1") : QStringLiteral("0"); }
 
 QString joined(const QList<int>& numbers) {
@@ -37,7 +36,7 @@ QList<int> sizes(const QString& text) {
 
 }  // namespace
 
-PanelLayout PanelLayout::load(const Registry& registry) {
+PanelLayout PanelLayout::load(const Registry& registry, const QString& qualifier) {
   const auto read = [&registry](const QString& valueName, const QString& fallback) {
     return registry.read(group(), valueName, fallback);
   };
@@ -49,15 +48,11 @@ PanelLayout PanelLayout::load(const Registry& registry) {
   layout.order = read(QStringLiteral("Order "), QStringLiteral("1"));
   layout.paneSizes = sizes(read(QStringLiteral("Panele"), {}));
   layout.stackSizes = sizes(read(QStringLiteral("Panele 2"), {}));
-  if (read(QStringLiteral("Kol "), QStringLiteral("0")) == u"1")
-    for (int column = 0; column < kColumns; ++column) {
-      const QList<int> width = sizes(read(columnName(column), QStringLiteral("-1")));
-      layout.columnWidths << (width.size() == 1 ? width.front() : -1);
-    }
+  layout.columns = ColumnLayout::load(registry, kForm, qualifier, kColumns);
   return layout;
 }
 
-void PanelLayout::store(Registry& registry) const {
+void PanelLayout::store(Registry& registry, const QString& qualifier) const {
   const auto write = [&registry](const QString& valueName, const QString& value) {
     registry.write(group(), valueName, value);
   };
@@ -68,11 +63,12 @@ void PanelLayout::store(Registry& registry) const {
   write(QStringLiteral("Order "), order);
   write(QStringLiteral("Panele"), joined(paneSizes));
   write(QStringLiteral("Panele 2"), joined(stackSizes));
-  write(QStringLiteral("Kol "), flagText(!columnWidths.isEmpty()));
-  for (int column = 0; column < columnWidths.size(); ++column)
-    write(columnName(column), QString::number(columnWidths[column]));
+  columns.store(registry, kForm, qualifier);
 }
 
-void PanelLayout::forget(Registry& registry) { registry.removeKey(group()); }
+void PanelLayout::forget(Registry& registry) {
+  ColumnLayout::forget(registry, kForm);
+  registry.removeKey(group());
+}
 
 }  // namespace tandeko

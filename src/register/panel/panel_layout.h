@@ -2,6 +2,7 @@
 
 #include <QList>
 
+#include "lists/column_layout.h"
 #include "platform/registry.h"
 
 namespace tandeko {
@@ -12,12 +13,13 @@ struct PanelLayout {
   bool warehouseShown = true;
   bool binShown = true;
   QString order = QStringLiteral("1");  // the panes from left to right by number; "1" the standard
-  QList<int> columnWidths;              // of the details view, pixels; empty: standard
+  ColumnLayout columns;                 // of the details view
   QList<int> paneSizes;                 // of the columns of panes, pixels; empty: standard
   QList<int> stackSizes;                // of warehouse and bin, pixels; empty: standard
 
-  static PanelLayout load(const Registry& registry);
-  void store(Registry& registry) const;
+  // `qualifier`: the font size of lists.
+  static PanelLayout load(const Registry& registry, const QString& qualifier);
+  void store(Registry& registry, const QString& qualifier) const;
   // Back to the standard look.
   static void forget(Registry& registry);
 };
