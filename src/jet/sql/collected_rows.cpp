@@ -147,6 +147,32 @@ void CollectedRows::open(EvalContext& c) {
   }
 }
 
+void CollectedRows::appendSortKeys(Rows& rows, std::string& key, EvalContext& c) {
+  Value scratch;
+  for (const SortItem& item : sort) {
+    const Value& v = item.column >= 0 ? rows.value(static_cast<size_t>(item.column), c)
+                                      : onlySelect->sortValue(static_cast<size_t>(item.expression), c, scratch);
+    appendSortKey(v, item.type, *c.collation, item.descending, key);
+  }
+}
+
+std::vector<RowId> CollectedRows::rowIds(const Slot& table, EvalContext& c) {
+  std::vector<RowId> ids, ordered;
+  std::optional<size_t> limit;
+  if (top && !top->percent) limit = static_cast<size_t>(top->count);
+  if (limit == 0u) return ids;
+  Sorter sorter(limit);
+  for (onlySelect->open(c); onlySelect->next(c);) {
+    appendSortKeys(*onlySelect, sorter.keyBuffer(), c);
+    if (!sorter.mayShow()) continue;
+    sorter.add(static_cast<uint32_t>(ids.size()));
+    ids.push_back(table.rowId());
+  }
+  if (top && top->percent) limit = (ids.size() * static_cast<size_t>(top->count) + 99) / 100;
+  for (const uint32_t row : sorter.finish(limit)) ordered.push_back(ids[row]);
+  return ordered;
+}
+
 void CollectedRows::collect(size_t part, Duplicates& duplicates, Sorter& sorter, EvalContext& c) {
   Rows& rows = *parts_[part];
   const bool distinct = part < distinctParts;
@@ -155,17 +181,10 @@ void CollectedRows::collect(size_t part, Duplicates& duplicates, Sorter& sorter,
   for (size_t i = 0; i < columns_.size(); ++i)
     converts[i] = columns_[i].type != Type::Null && heldType(rows.columns()[i].type) != heldType(columns_[i].type);
 
-  Value scratch;
   for (rows.open(c); rows.next(c);) {
     if (stopsEarly && store_->rowCount() == static_cast<size_t>(top->count)) return;
     if (!sort.empty()) {
-      std::string& key = sorter.keyBuffer();
-      for (const SortItem& item : sort) {
-        const Value& v = item.column >= 0
-                             ? rows.value(static_cast<size_t>(item.column), c)
-                             : onlySelect->sortValue(static_cast<size_t>(item.expression), c, scratch);
-        appendSortKey(v, item.type, *c.collation, item.descending, key);
-      }
+      appendSortKeys(rows, sorter.keyBuffer(), c);
       if (!sorter.mayShow()) continue;
     }
     store_->begin();

@@ -46,6 +46,8 @@ struct DynasetPlan {
   std::vector<ResultColumn> columns;
   std::vector<int> ordinals;   // table column of each output column, -1 for expressions
   std::vector<RowId> rows;
+  struct Outputs;
+  std::shared_ptr<Outputs> outputs;  // what evaluates the expressions; nullptr without any
 };
 
 using Parameters = std::map<std::u16string, Value>;  // names folded by foldName
@@ -72,6 +74,9 @@ class Engine {
   // A compiled criterion over named columns, for FindFirst and Filter: called with the values of `columns`.
   using Criterion = std::function<bool(std::span<const Value>)>;
   Criterion criterion(std::u16string_view condition, const std::vector<ResultColumn>& columns);
+
+  // How a query would be run, a line a step: "index seek ewkar.PrimaryKey (indewi =)". For tests and tuning.
+  std::u16string explain(std::u16string_view sql, const Parameters& parameters = {});
 
   RuleEvaluator& rules();
   EvalContext context() const;  // as a statement that starts now would have it

@@ -39,11 +39,15 @@ bool SelectRows::next(EvalContext& c) {
     if (!plan_->next(c)) return false;
   } while (!distinctTables.empty() && seenBefore());
   ++count_;
+  moved();
+  return true;
+}
+
+void SelectRows::moved() {
   if (++epoch_ == 0) {
     std::fill(stamps_.begin(), stamps_.end(), 0);
     epoch_ = 1;
   }
-  return true;
 }
 
 bool SelectRows::seenBefore() {

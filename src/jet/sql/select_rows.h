@@ -26,7 +26,8 @@ class SelectRows : public Rows {
   bool isStrict = false;
   std::optional<int64_t> limit;             // TOP without ORDER BY
   std::vector<const Slot*> distinctTables;  // DISTINCTROW: rows of these tables once each
-  PlanNode& plan() { return *plan_; }
+  // The slots were put on another row from outside.
+  void moved();
 
  private:
   bool seenBefore();
@@ -64,9 +65,13 @@ class CollectedRows : public Rows {
   std::span<const uint32_t> order() const override { return order_; }
   void explain(PlanText& text, int depth) const override;
 
+  // Runs the only SELECT and tells the rows of `table` in result order instead of building the result.
+  std::vector<RowId> rowIds(const Slot& table, EvalContext& c);
+
  private:
   class Sorter;
   class Duplicates;
+  void appendSortKeys(Rows& rows, std::string& key, EvalContext& c);
   void collect(size_t part, Duplicates& duplicates, Sorter& sorter, EvalContext& c);
 
   std::vector<std::unique_ptr<Rows>> parts_;

@@ -52,6 +52,14 @@ int Slot::find(std::u16string_view column) const {
   return -1;
 }
 
+int Slot::find(std::u16string_view table, std::u16string_view column) const {
+  const int named = find(std::u16string(table) + u"." + std::u16string(column));
+  if (named >= 0) return named;
+  for (size_t i = 0; i < columns_.size(); ++i)
+    if (sameName(columns_[i].sourceTable, table) && sameName(columns_[i].sourceColumn, column)) return static_cast<int>(i);
+  return -1;
+}
+
 std::vector<int> Slot::displayOrder() const {
   if (table_) return table_->def().displayOrder();
   std::vector<int> order(columns_.size());
@@ -88,6 +96,12 @@ void Slot::setValues(const Value* values, const int* place, RowId id) {
 void Slot::setNull() {
   id_ = {};
   move(State::NullRow);
+}
+
+void Slot::release() {
+  reader_.reset();
+  pinned_ = {};
+  move(State::None);
 }
 
 void Slot::setQueryRow() { move(State::QueryRow); }

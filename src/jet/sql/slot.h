@@ -27,6 +27,8 @@ class Slot {
   int addColumn(ResultColumn column);
   // -1 when there is none.
   int find(std::u16string_view column) const;
+  // A column of a joined query: named "table.column", or read from that table.
+  int find(std::u16string_view table, std::u16string_view column) const;
   // Order of `*`.
   std::vector<int> displayOrder() const;
 
@@ -41,6 +43,7 @@ class Slot {
   void setValues(const Value* values, const int* place = nullptr, RowId id = {});
   void setNull();      // the missing side of an outer join
   void setQueryRow();  // rows() stands on a row
+  void release();      // on no row; unpins the page
   RowId rowId() const { return id_; }
   bool isNullRow() const { return state_ == State::NullRow; }
 
