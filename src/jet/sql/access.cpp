@@ -17,9 +17,12 @@ bool isColumn(const Expression& e, const Slot& slot, int ordinal) {
 
 class Chooser {
  public:
-  Chooser(const Slot& slot, const std::vector<Expression*>& conditions, const std::vector<const Slot*>& unavailable,
-          const Collation& collation)
-      : slot_(slot), def_(slot.table()->def()), conditions_(conditions), unavailable_(unavailable),
+  Chooser(const Slot& slot, const std::vector<Expression*>& conditions,
+          const std::vector<const Slot*>& unavailable, const Collation& collation)
+      : slot_(slot),
+        def_(slot.table()->def()),
+        conditions_(conditions),
+        unavailable_(unavailable),
         collation_(collation) {}
 
   std::optional<IndexAccess> best() {
@@ -67,7 +70,8 @@ class Chooser {
         }
       }
       if (auto* null = dynamic_cast<IsNullExpression*>(e); null && !null->negated && !nullsMissing &&
-                                                          type != Type::Boolean && isColumn(*null->operands[0], slot_, ordinal)) {
+                                                           type != Type::Boolean &&
+                                                           isColumn(*null->operands[0], slot_, ordinal)) {
         operand = nullptr;
         return true;
       }
@@ -79,7 +83,8 @@ class Chooser {
     for (Expression* e : conditions_) {
       auto* operation = dynamic_cast<Operation*>(e);
       if (!operation || operation->operands.size() < 2) continue;
-      if (auto* list = dynamic_cast<InListExpression*>(e); list && !list->negated && isColumn(*list->operands[0], slot_, ordinal)) {
+      if (auto* list = dynamic_cast<InListExpression*>(e);
+          list && !list->negated && isColumn(*list->operands[0], slot_, ordinal)) {
         const bool all = std::all_of(list->operands.begin() + 1, list->operands.end(),
                                      [&](const auto& operand) { return isUsable(*operand, type); });
         if (!all) continue;
@@ -88,15 +93,16 @@ class Chooser {
         return true;
       }
       if (auto* like = dynamic_cast<LikeExpression*>(e); like && !like->negated && isText(type) &&
-                                                        isColumn(*like->operands[0], slot_, ordinal) && isReady(*like->operands[1])) {
+                                                         isColumn(*like->operands[0], slot_, ordinal) &&
+                                                         isReady(*like->operands[1])) {
         access.like = like;
         access.low = access.high = nullptr;
         return true;
       }
       if (type == Type::Boolean || type == Type::Guid) continue;
-      if (auto* between = dynamic_cast<BetweenExpression*>(e); between && !between->negated &&
-                                                              isColumn(*between->operands[0], slot_, ordinal) &&
-                                                              isUsable(*between->operands[1], type) && isUsable(*between->operands[2], type)) {
+      if (auto* between = dynamic_cast<BetweenExpression*>(e);
+          between && !between->negated && isColumn(*between->operands[0], slot_, ordinal) &&
+          isUsable(*between->operands[1], type) && isUsable(*between->operands[2], type)) {
         access.low = between->operands[1].get();
         access.high = between->operands[2].get();
         access.symmetric = true;
@@ -132,7 +138,9 @@ class Chooser {
         continue;
       }
       if (findRange(part.ordinal, column.type(), access)) {
-        rows /= access.list ? std::max(1.0, 20.0 / static_cast<double>(access.list->operands.size())) : access.like ? 20 : 4;
+        rows /= access.list   ? std::max(1.0, 20.0 / static_cast<double>(access.list->operands.size()))
+                : access.like ? 20
+                              : 4;
       }
       break;
     }
@@ -158,7 +166,8 @@ class Chooser {
 }  // namespace
 
 std::optional<IndexAccess> chooseIndex(const Slot& slot, const std::vector<Expression*>& conditions,
-                                       const std::vector<const Slot*>& unavailable, const Collation& collation) {
+                                       const std::vector<const Slot*>& unavailable,
+                                       const Collation& collation) {
   if (!slot.table() || conditions.empty()) return std::nullopt;
   return Chooser(slot, conditions, unavailable, collation).best();
 }

@@ -14,9 +14,25 @@ namespace jet::sql::ast {
 struct Query;
 
 enum class Op : uint8_t {
-  Power, Multiply, Divide, IntegerDivide, Modulo, Add, Subtract, Concatenate,
-  Equal, NotEqual, Less, LessEqual, Greater, GreaterEqual,
-  And, Or, Xor, Eqv, Imp,
+  Power,
+  Multiply,
+  Divide,
+  IntegerDivide,
+  Modulo,
+  Add,
+  Subtract,
+  Concatenate,
+  Equal,
+  NotEqual,
+  Less,
+  LessEqual,
+  Greater,
+  GreaterEqual,
+  And,
+  Or,
+  Xor,
+  Eqv,
+  Imp,
 };
 inline bool isComparison(Op op) { return op >= Op::Equal && op <= Op::GreaterEqual; }
 
@@ -147,7 +163,7 @@ struct Constraint {
   Kind kind = Kind::PrimaryKey;
   std::u16string name;
   std::vector<std::u16string> columns;
-  std::u16string table;                     // referenced
+  std::u16string table;                        // referenced
   std::vector<std::u16string> foreignColumns;  // referenced; empty: the primary key
   bool cascadeUpdates = false, cascadeDeletes = false, setNullOnDelete = false;
 };
@@ -172,7 +188,15 @@ struct CreateTable {
 
 struct AlterTable {
   std::u16string table;
-  enum class Action : uint8_t { AddColumn, AlterColumn, DropColumn, AddConstraint, DropConstraint, SetDefault, DropDefault };
+  enum class Action : uint8_t {
+    AddColumn,
+    AlterColumn,
+    DropColumn,
+    AddConstraint,
+    DropConstraint,
+    SetDefault,
+    DropDefault
+  };
   Action action = Action::AddColumn;
   std::vector<ColumnDefinition> columns;  // add, alter; of the default actions: name and default
   std::vector<std::u16string> names;      // of what is dropped
@@ -200,7 +224,8 @@ struct Parameter {
 
 struct Statement {
   std::vector<Parameter> parameters;
-  std::variant<Query, Insert, Update, Delete, CreateTable, AlterTable, CreateIndex, DropTable, DropIndex> body;
+  std::variant<Query, Insert, Update, Delete, CreateTable, AlterTable, CreateIndex, DropTable, DropIndex>
+      body;
 };
 
 }  // namespace jet::sql::ast

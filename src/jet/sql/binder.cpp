@@ -15,8 +15,10 @@ constexpr int kMaxSavedQueryDepth = 32;
 // Slots that an outer join inside of the tree may set to Null.
 void collectNullable(const JoinTree& tree, std::vector<Slot*>& slots) {
   for (size_t i = 0; i < tree.inputs.size(); ++i) {
-    if (tree.kind == JoinTree::Kind::Left && i == 1) tree.inputs[i]->collect(slots);
-    else collectNullable(*tree.inputs[i], slots);
+    if (tree.kind == JoinTree::Kind::Left && i == 1)
+      tree.inputs[i]->collect(slots);
+    else
+      collectNullable(*tree.inputs[i], slots);
   }
 }
 
@@ -51,7 +53,8 @@ Slot& Binder::addSlot(std::unique_ptr<Slot> slot) {
 }
 
 Slot& Binder::openTable(TableDefPtr table, std::u16string name) {
-  return addSlot(std::make_unique<Slot>(std::move(name), std::make_unique<Table>(catalog_, std::move(table), rules_)));
+  return addSlot(
+      std::make_unique<Slot>(std::move(name), std::make_unique<Table>(catalog_, std::move(table), rules_)));
 }
 
 std::unique_ptr<Slot> Binder::namedSource(const ast::Source& s, Scope& scope) {
@@ -74,10 +77,12 @@ std::unique_ptr<Slot> Binder::namedSource(const ast::Source& s, Scope& scope) {
 std::unique_ptr<JoinTree> Binder::source(const ast::Source& s, Scope& scope) {
   auto tree = std::make_unique<JoinTree>();
   if (s.kind == ast::Source::Kind::Table || s.kind == ast::Source::Kind::Derived) {
-    auto slot = s.kind == ast::Source::Kind::Table ? namedSource(s, scope)
-                                                   : std::make_unique<Slot>(s.alias, query(*s.query, scope.outer));
+    auto slot = s.kind == ast::Source::Kind::Table
+                    ? namedSource(s, scope)
+                    : std::make_unique<Slot>(s.alias, query(*s.query, scope.outer));
     for (const Slot* other : scope.slots)
-      if (!slot->name().empty() && sameName(other->name(), slot->name())) throw Error(3074, {slot->name()}, "DAO.Database");
+      if (!slot->name().empty() && sameName(other->name(), slot->name()))
+        throw Error(3074, {slot->name()}, "DAO.Database");
     if (slot->rows())
       for (const Slot* outer : slot->rows()->outerSlots) scope.refer(outer);
     tree->slot = &addSlot(std::move(slot));
@@ -96,7 +101,8 @@ std::unique_ptr<JoinTree> Binder::source(const ast::Source& s, Scope& scope) {
   if (tree->kind == JoinTree::Kind::Inner) collectNullable(*tree, nullable);
   for (const auto& condition : tree->conditions) {
     for (const Slot* used : slotsOf(*condition)) {
-      if (contains(scope.slots, const_cast<Slot*>(used)) && !contains(own, used)) throw Error(3082, {used->name()}, "DAO.Database");
+      if (contains(scope.slots, const_cast<Slot*>(used)) && !contains(own, used))
+        throw Error(3082, {used->name()}, "DAO.Database");
       if (contains(nullable, used)) throw Error(3258, {}, "DAO.Database");
     }
   }
@@ -111,7 +117,8 @@ JoinTree Binder::joinTree(const std::vector<ast::SourcePtr>& from, const ast::Ex
   return tree;
 }
 
-void Binder::conditions(const ast::Expr& e, Scope& scope, int aggregateError, std::vector<ExpressionPtr>& list) {
+void Binder::conditions(const ast::Expr& e, Scope& scope, int aggregateError,
+                        std::vector<ExpressionPtr>& list) {
   const int before = std::exchange(scope.aggregateError, aggregateError);
   splitConjunction(expression(e, scope), list);
   scope.aggregateError = before;

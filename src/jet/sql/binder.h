@@ -24,12 +24,12 @@ struct GroupScope {
 struct Scope {
   Scope* outer = nullptr;
   std::vector<Slot*> slots;
-  GroupScope* group = nullptr;                          // set while outputs of a grouped query are resolved
+  GroupScope* group = nullptr;                            // set while outputs of a grouped query are resolved
   const std::vector<ast::SelectItem>* aliases = nullptr;  // set where aliases of the select list are known
-  std::vector<const ast::Expr*> aliasPath;              // aliases being resolved
-  int aggregateError = 3095;                            // aggregates are not allowed here: the error that says so
-  std::vector<const Slot*> outerSlots;                  // of outer queries that were referred to
-  Slot* implicitSlot = nullptr;                         // the value that a validation rule is about
+  std::vector<const ast::Expr*> aliasPath;                // aliases being resolved
+  int aggregateError = 3095;            // aggregates are not allowed here: the error that says so
+  std::vector<const Slot*> outerSlots;  // of outer queries that were referred to
+  Slot* implicitSlot = nullptr;         // the value that a validation rule is about
   int implicitColumn = -1;
 
   void refer(const Slot* slot);
@@ -63,12 +63,13 @@ class Binder {
     int ordinal = -1;
     Scope* scope = nullptr;
   };
-  // The column of that name in the scope or the ones around it; slot nullptr when there is none. 3079 when several.
+  // The column of that name in the scope or the ones around it; slot nullptr when there is none. 3079 when
+  // several.
   Column find(std::u16string_view qualifier, std::u16string_view name, Scope& scope) const;
 
   std::vector<std::unique_ptr<Slot>> takeSlots() { return std::move(slots_); }
-  bool isStrict = false;        // errors in outputs stop the statement
-  int32_t lastAutoNumber = 0;   // @@IDENTITY
+  bool isStrict = false;       // errors in outputs stop the statement
+  int32_t lastAutoNumber = 0;  // @@IDENTITY
 
  private:
   friend class SelectBinder;

@@ -31,9 +31,10 @@ ExpressionPtr Binder::operation(std::unique_ptr<Operation> node, const ast::Expr
 
 // The value itself when all operands are constants. An error is left for the evaluation, which may not come.
 ExpressionPtr Binder::folded(std::unique_ptr<Operation> node) {
-  const bool isConstant = node->isStable() && std::all_of(node->operands.begin(), node->operands.end(), [](const auto& o) {
-                            return dynamic_cast<const Constant*>(o.get()) != nullptr;
-                          });
+  const bool isConstant =
+      node->isStable() && std::all_of(node->operands.begin(), node->operands.end(), [](const auto& o) {
+        return dynamic_cast<const Constant*>(o.get()) != nullptr;
+      });
   if (!isConstant) return node;
   try {
     auto result = constant(node->value(context_));
@@ -64,7 +65,8 @@ ExpressionPtr Binder::chain(const ast::Expr& e, Scope& scope) {
       continue;
     }
     const bool isAnd = op == Op::And;
-    if ((isAnd || op == Op::Or) && right->type == Type::Boolean && (junction || (!chain && left->type == Type::Boolean))) {
+    if ((isAnd || op == Op::Or) && right->type == Type::Boolean &&
+        (junction || (!chain && left->type == Type::Boolean))) {
       if (!junction) {
         junction = std::make_unique<Junction>(isAnd);
         junction->operands.push_back(std::move(left));
@@ -91,13 +93,17 @@ ExpressionPtr Binder::expression(const ast::Expr& e, Scope& scope) {
   if (scope.group)
     if (auto key = grouped(e, scope)) return key;
   switch (e.kind) {
-    case Kind::Literal: return constant(e.value);
-    case Kind::Name: return name(e, scope);
-    case Kind::Chain: return chain(e, scope);
+    case Kind::Literal:
+      return constant(e.value);
+    case Kind::Name:
+      return name(e, scope);
+    case Kind::Chain:
+      return chain(e, scope);
     case Kind::Negate: {
       auto node = std::make_unique<Negation>();
       auto result = operation(std::move(node), e, scope);
-      if (auto* negation = dynamic_cast<Negation*>(result.get())) negation->type = operatorType(Op::Subtract, Type::Byte, negation->operands[0]->type);
+      if (auto* negation = dynamic_cast<Negation*>(result.get()))
+        negation->type = operatorType(Op::Subtract, Type::Byte, negation->operands[0]->type);
       return result;
     }
     case Kind::Not: {
@@ -106,31 +112,41 @@ ExpressionPtr Binder::expression(const ast::Expr& e, Scope& scope) {
       node->type = node->operands[0]->type;
       return folded(std::move(node));
     }
-    case Kind::Like: return operation(std::make_unique<LikeExpression>(e.negated, e.sqlWildcards), e, scope);
+    case Kind::Like:
+      return operation(std::make_unique<LikeExpression>(e.negated, e.sqlWildcards), e, scope);
     case Kind::Between:
     case Kind::InList: {
       std::unique_ptr<Operation> node;
-      if (e.kind == Kind::Between) node = std::make_unique<BetweenExpression>(e.negated);
-      else node = std::make_unique<InListExpression>(e.negated);
+      if (e.kind == Kind::Between)
+        node = std::make_unique<BetweenExpression>(e.negated);
+      else
+        node = std::make_unique<InListExpression>(e.negated);
       for (const auto& arg : e.args) {
         node->operands.push_back(expression(*arg, scope));
-        if (cannotCompare(node->operands[0]->type, node->operands.back()->type)) throw Error(3464, {}, "DAO.Database");
+        if (cannotCompare(node->operands[0]->type, node->operands.back()->type))
+          throw Error(3464, {}, "DAO.Database");
       }
       return folded(std::move(node));
     }
-    case Kind::IsNull: return operation(std::make_unique<IsNullExpression>(e.negated), e, scope);
-    case Kind::Exists: return std::make_unique<ExistsSubquery>(subquery(e, scope, false));
-    case Kind::Scalar: return std::make_unique<ScalarSubquery>(subquery(e, scope, true));
+    case Kind::IsNull:
+      return operation(std::make_unique<IsNullExpression>(e.negated), e, scope);
+    case Kind::Exists:
+      return std::make_unique<ExistsSubquery>(subquery(e, scope, false));
+    case Kind::Scalar:
+      return std::make_unique<ScalarSubquery>(subquery(e, scope, true));
     case Kind::InQuery:
     case Kind::Quantified: {
       ExpressionPtr operand = expression(*e.args[0], scope);
       auto rows = subquery(e, scope, true);
       if (cannotCompare(operand->type, rows->columns()[0].type)) throw Error(3464, {}, "DAO.Database");
-      if (e.kind == Kind::InQuery) return std::make_unique<InSubquery>(std::move(operand), std::move(rows), e.negated);
+      if (e.kind == Kind::InQuery)
+        return std::make_unique<InSubquery>(std::move(operand), std::move(rows), e.negated);
       return std::make_unique<QuantifiedSubquery>(std::move(operand), std::move(rows), e.ops[0], e.all);
     }
-    case Kind::Call: return call(e, scope);
-    case Kind::Identity: return constant(lastAutoNumber);
+    case Kind::Call:
+      return call(e, scope);
+    case Kind::Identity:
+      return constant(lastAutoNumber);
     case Kind::Implicit:
       if (!scope.implicitSlot) throw Error(3075, {u"Syntax error", u""}, "DAO.Database");
       return std::make_unique<ColumnExpression>(*scope.implicitSlot, scope.implicitColumn);
@@ -147,7 +163,8 @@ std::unique_ptr<Rows> Binder::subquery(const ast::Expr& e, Scope& scope, bool on
 // --- names
 
 ExpressionPtr Binder::name(const ast::Expr& e, Scope& scope) {
-  if (const Column column = find(e.qualifier, e.name, scope); column.slot) return columnReference(column, e, scope);
+  if (const Column column = find(e.qualifier, e.name, scope); column.slot)
+    return columnReference(column, e, scope);
   if (e.qualifier.empty())
     if (auto found = alias(e, scope)) return found;
   return unknownName(e);
@@ -171,7 +188,8 @@ ExpressionPtr Binder::alias(const ast::Expr& e, Scope& scope) {
     for (const auto& item : *at->aliases) {
       if (item.alias.empty() || !sameName(item.alias, e.name)) continue;
       const auto& path = at->aliasPath;
-      if (std::find(path.begin(), path.end(), item.expr.get()) != path.end()) throw Error(3103, {item.alias}, "DAO.Database");
+      if (std::find(path.begin(), path.end(), item.expr.get()) != path.end())
+        throw Error(3103, {item.alias}, "DAO.Database");
       at->aliasPath.push_back(item.expr.get());
       auto result = expression(*item.expr, *at);
       at->aliasPath.pop_back();
@@ -227,7 +245,9 @@ ExpressionPtr Binder::call(const ast::Expr& e, Scope& scope) {
   if (!choice) return function(e, scope);
 
   const size_t n = e.args.size();
-  wrongCount(*choice == Choice::Kind::IIf ? n != 3 : *choice == Choice::Kind::Choose ? n < 2 : n < 2 || n % 2 != 0);
+  wrongCount(*choice == Choice::Kind::IIf      ? n != 3
+             : *choice == Choice::Kind::Choose ? n < 2
+                                               : n < 2 || n % 2 != 0);
   auto node = std::make_unique<Choice>(*choice);
   for (const auto& arg : e.args) node->operands.push_back(expression(*arg, scope));
   const size_t step = *choice == Choice::Kind::Switch ? 2 : 1;
@@ -279,17 +299,20 @@ ExpressionPtr Binder::aggregate(AggregateKind kind, const ast::Expr& e, Scope& s
 ExpressionPtr Binder::grouped(const ast::Expr& e, Scope& scope) {
   if (e.kind == Kind::Literal) return nullptr;
   for (size_t i = 0; i < scope.group->keys.size(); ++i)
-    if (same(*scope.group->keys[i], e, scope)) return std::make_unique<ColumnExpression>(*scope.group->slot, static_cast<int>(i));
+    if (same(*scope.group->keys[i], e, scope))
+      return std::make_unique<ColumnExpression>(*scope.group->slot, static_cast<int>(i));
   return nullptr;
 }
 
 // The same expression, whatever the case and the qualification of its names.
 bool Binder::same(const ast::Expr& a, const ast::Expr& b, Scope& scope) const {
   if (&a == &b) return true;
-  if (a.kind != b.kind || a.args.size() != b.args.size() || a.ops != b.ops || a.negated != b.negated || a.star != b.star)
+  if (a.kind != b.kind || a.args.size() != b.args.size() || a.ops != b.ops || a.negated != b.negated ||
+      a.star != b.star)
     return false;
   switch (a.kind) {
-    case Kind::Literal: return a.value == b.value;
+    case Kind::Literal:
+      return a.value == b.value;
     case Kind::Name: {
       const Column x = find(a.qualifier, a.name, scope), y = find(b.qualifier, b.name, scope);
       if (x.slot || y.slot) return x.slot == y.slot && x.ordinal == y.ordinal;
@@ -298,11 +321,13 @@ bool Binder::same(const ast::Expr& a, const ast::Expr& b, Scope& scope) const {
     case Kind::Exists:
     case Kind::Scalar:
     case Kind::InQuery:
-    case Kind::Quantified: return false;
+    case Kind::Quantified:
+      return false;
     case Kind::Call:
       if (!sameName(a.name, b.name)) return false;
       break;
-    default: break;
+    default:
+      break;
   }
   for (size_t i = 0; i < a.args.size(); ++i)
     if (!same(*a.args[i], *b.args[i], scope)) return false;

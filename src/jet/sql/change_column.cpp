@@ -63,7 +63,8 @@ std::vector<NewIndex> indexesOf(const TableDef& table) {
 }
 
 // Properties that the definition of a new column does not carry: formats, captions, ...
-void copyProperties(const TableDef& from, const std::u16string& to, const TableDef& created, StatementContext& c) {
+void copyProperties(const TableDef& from, const std::u16string& to, const TableDef& created,
+                    StatementContext& c) {
   for (const ColumnDef& column : from.columns) {
     const int ordinal = created.columnOrdinal(column.name);
     for (const Property& property : column.properties.items)
@@ -86,8 +87,8 @@ void copyRows(Table& from, Table& to, const EvalContext& c) {
       const auto at = static_cast<size_t>(target.columnOrdinal(source.columns[i].name));
       const ColumnDef& column = target.columns[at];
       const bool sized = column.type() == Type::Text || column.type() == Type::Binary;
-      row[at] = convertFor(column.type(), sized ? column.size(target.rowLayout.file->version) : 0, (*values)[i], c,
-                           column.layout.scale);
+      row[at] = convertFor(column.type(), sized ? column.size(target.rowLayout.file->version) : 0,
+                           (*values)[i], c, column.layout.scale);
     }
     to.insert(std::move(row));
   }
@@ -95,10 +96,13 @@ void copyRows(Table& from, Table& to, const EvalContext& c) {
 
 }  // namespace
 
-void changeColumn(const TableDef& table, int ordinal, const ast::ColumnDefinition& column, StatementContext& c) {
+void changeColumn(const TableDef& table, int ordinal, const ast::ColumnDefinition& column,
+                  StatementContext& c) {
   if (table.system) throw Error(3033, {table.name}, "DAO.Database");
   std::vector<Relation> relations = c.catalog.relations();
-  std::erase_if(relations, [&](const Relation& r) { return !sameName(r.table, table.name) && !sameName(r.foreignTable, table.name); });
+  std::erase_if(relations, [&](const Relation& r) {
+    return !sameName(r.table, table.name) && !sameName(r.foreignTable, table.name);
+  });
   for (const Relation& relation : relations) c.catalog.dropRelation(relation.name);
 
   const TableDefPtr old = c.table(table.name);

@@ -35,7 +35,8 @@ class CollectedRows::Sorter {
       if (shown > 0) {
         // Ties of the last row, in their own order.
         const Entry edge = entries_[shown - 1];
-        const auto ties = std::partition(last, entries_.end(), [&](const Entry& e) { return sameKey(e, edge); });
+        const auto ties =
+            std::partition(last, entries_.end(), [&](const Entry& e) { return sameKey(e, edge); });
         std::sort(last, ties, less);
         shown = static_cast<size_t>(ties - entries_.begin());
       }
@@ -114,7 +115,8 @@ class CollectedRows::Duplicates {
 
   std::string fullKey(uint32_t row) const {
     std::string key;
-    for (size_t i = 0; i < types_.size(); ++i) appendSortKey(store_.value(row, i), types_[i], collation_, false, key);
+    for (size_t i = 0; i < types_.size(); ++i)
+      appendSortKey(store_.value(row, i), types_[i], collation_, false, key);
     return key;
   }
 
@@ -150,8 +152,9 @@ void CollectedRows::open(EvalContext& c) {
 void CollectedRows::appendSortKeys(Rows& rows, std::string& key, EvalContext& c) {
   Value scratch;
   for (const SortItem& item : sort) {
-    const Value& v = item.column >= 0 ? rows.value(static_cast<size_t>(item.column), c)
-                                      : onlySelect->sortValue(static_cast<size_t>(item.expression), c, scratch);
+    const Value& v = item.column >= 0
+                         ? rows.value(static_cast<size_t>(item.column), c)
+                         : onlySelect->sortValue(static_cast<size_t>(item.expression), c, scratch);
     appendSortKey(v, item.type, *c.collation, item.descending, key);
   }
 }
@@ -179,7 +182,8 @@ void CollectedRows::collect(size_t part, Duplicates& duplicates, Sorter& sorter,
   const bool stopsEarly = sort.empty() && top && !top->percent;
   std::vector<bool> converts(columns_.size());
   for (size_t i = 0; i < columns_.size(); ++i)
-    converts[i] = columns_[i].type != Type::Null && heldType(rows.columns()[i].type) != heldType(columns_[i].type);
+    converts[i] =
+        columns_[i].type != Type::Null && heldType(rows.columns()[i].type) != heldType(columns_[i].type);
 
   for (rows.open(c); rows.next(c);) {
     if (stopsEarly && store_->rowCount() == static_cast<size_t>(top->count)) return;
@@ -189,8 +193,10 @@ void CollectedRows::collect(size_t part, Duplicates& duplicates, Sorter& sorter,
     }
     store_->begin();
     for (size_t i = 0; i < columns_.size(); ++i) {
-      if (converts[i]) store_->add(convertFor(columns_[i].type, 0, rows.value(i, c), c));
-      else rows.pack(i, *store_, c);
+      if (converts[i])
+        store_->add(convertFor(columns_[i].type, 0, rows.value(i, c), c));
+      else
+        rows.pack(i, *store_, c);
     }
     store_->end();
     const auto row = static_cast<uint32_t>(store_->rowCount() - 1);

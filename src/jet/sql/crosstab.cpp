@@ -31,7 +31,8 @@ CrosstabRows::CrosstabRows(std::unique_ptr<Rows> headings, std::unique_ptr<Rows>
                            const std::vector<Value>& wanted, EvalContext& c)
     : headings_(std::move(headings)), cells_(std::move(cells)) {
   const size_t shown = headings_->columns().size() - keys;
-  columns_.assign(headings_->columns().begin(), headings_->columns().begin() + static_cast<std::ptrdiff_t>(shown));
+  columns_.assign(headings_->columns().begin(),
+                  headings_->columns().begin() + static_cast<std::ptrdiff_t>(shown));
 
   std::map<std::string, size_t> rowOf;
   for (headings_->open(c); headings_->next(c);) {

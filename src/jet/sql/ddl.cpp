@@ -48,13 +48,17 @@ void createRelation(const Constraint& k, const std::u16string& table, StatementC
   relation.cascadeDeletes = k.cascadeDeletes;
   relation.cascadeNull = k.setNullOnDelete;
   const auto existing = c.catalog.relations();
-  relation.name = !k.name.empty() ? k.name : freeName(relation.table + relation.foreignTable, [&](const std::u16string& name) {
-    return std::any_of(existing.begin(), existing.end(), [&](const Relation& r) { return sameName(r.name, name); });
-  });
+  relation.name = !k.name.empty()
+                      ? k.name
+                      : freeName(relation.table + relation.foreignTable, [&](const std::u16string& name) {
+                          return std::any_of(existing.begin(), existing.end(),
+                                             [&](const Relation& r) { return sameName(r.name, name); });
+                        });
   c.catalog.createRelation(relation);
 }
 
-void setRequired(const std::u16string& table, const std::vector<std::u16string>& columns, StatementContext& c) {
+void setRequired(const std::u16string& table, const std::vector<std::u16string>& columns,
+                 StatementContext& c) {
   PropertySet properties;
   properties.setBoolean(u"Required", true);
   for (const auto& column : columns) c.catalog.setColumnProperty(table, column, properties.items[0]);
@@ -62,17 +66,22 @@ void setRequired(const std::u16string& table, const std::vector<std::u16string>&
 
 void addConstraint(const Constraint& k, const std::u16string& table, StatementContext& c) {
   switch (k.kind) {
-    case Constraint::Kind::ForeignKey: return createRelation(k, table, c);
-    case Constraint::Kind::NotNull: return setRequired(table, k.columns, c);
-    default: break;
+    case Constraint::Kind::ForeignKey:
+      return createRelation(k, table, c);
+    case Constraint::Kind::NotNull:
+      return setRequired(table, k.columns, c);
+    default:
+      break;
   }
   const TableDefPtr def = c.table(table);
-  c.catalog.createIndex(table, toIndex(k, [&](const std::u16string& name) { return def->index(name) != nullptr; }));
+  c.catalog.createIndex(table,
+                        toIndex(k, [&](const std::u16string& name) { return def->index(name) != nullptr; }));
 }
 
 void dropConstraint(const std::u16string& name, const TableDef& table, StatementContext& c) {
   for (const Relation& relation : c.catalog.relations())
-    if (sameName(relation.name, name) && sameName(relation.foreignTable, table.name)) return c.catalog.dropRelation(relation.name);
+    if (sameName(relation.name, name) && sameName(relation.foreignTable, table.name))
+      return c.catalog.dropRelation(relation.name);
   if (!table.index(name)) throw Error(3371, {}, "DAO.Database");
   c.catalog.dropIndex(table.name, name);
 }
@@ -108,7 +117,8 @@ void runCreateTable(const ast::CreateTable& s, StatementContext& c) {
         for (const auto& name : k->columns) column.required = column.required || sameName(column.name, name);
     } else if (k->kind != Constraint::Kind::ForeignKey) {
       table.indexes.push_back(toIndex(*k, [&](const std::u16string& name) {
-        return std::any_of(table.indexes.begin(), table.indexes.end(), [&](const NewIndex& i) { return sameName(i.name, name); });
+        return std::any_of(table.indexes.begin(), table.indexes.end(),
+                           [&](const NewIndex& i) { return sameName(i.name, name); });
       }));
     }
   }
@@ -137,8 +147,12 @@ void runAlterTable(const ast::AlterTable& s, StatementContext& c) {
     case Action::DropColumn:
       for (const auto& name : s.names) c.catalog.dropColumn(s.table, name);
       break;
-    case Action::AddConstraint: addConstraint(s.constraint, s.table, c); break;
-    case Action::DropConstraint: dropConstraint(s.names[0], *table, c); break;
+    case Action::AddConstraint:
+      addConstraint(s.constraint, s.table, c);
+      break;
+    case Action::DropConstraint:
+      dropConstraint(s.names[0], *table, c);
+      break;
     case Action::SetDefault:
     case Action::DropDefault: {
       PropertySet properties;

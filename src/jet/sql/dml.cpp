@@ -19,7 +19,8 @@ Value converted(const Table& table, int ordinal, const Value& v, const EvalConte
   const TableDef& def = table.def();
   const ColumnDef& column = def.columns[static_cast<size_t>(ordinal)];
   const bool sized = column.type() == Type::Text || column.type() == Type::Binary;
-  return convertFor(column.type(), sized ? column.size(def.rowLayout.file->version) : 0, v, c, column.layout.scale);
+  return convertFor(column.type(), sized ? column.size(def.rowLayout.file->version) : 0, v, c,
+                    column.layout.scale);
 }
 
 int ordinalOf(const TableDef& table, const std::u16string& column) {
@@ -33,13 +34,15 @@ std::vector<int> targets(const TableDef& table, const std::vector<std::u16string
   std::vector<int> ordinals;
   for (const auto& name : names) {
     const int ordinal = ordinalOf(table, name);
-    if (std::find(ordinals.begin(), ordinals.end(), ordinal) != ordinals.end()) throw Error(3063, {name}, "DAO.Database");
+    if (std::find(ordinals.begin(), ordinals.end(), ordinal) != ordinals.end())
+      throw Error(3063, {name}, "DAO.Database");
     ordinals.push_back(ordinal);
   }
   return ordinals;
 }
 
-void insertRow(Table& table, const std::vector<int>& ordinals, const std::function<Value(size_t)>& value, StatementContext& c) {
+void insertRow(Table& table, const std::vector<int>& ordinals, const std::function<Value(size_t)>& value,
+               StatementContext& c) {
   std::vector<std::optional<Value>> row(table.def().columns.size());
   for (size_t i = 0; i < ordinals.size(); ++i)
     row[static_cast<size_t>(ordinals[i])] = converted(table, ordinals[i], value(i), c.context);
@@ -47,7 +50,8 @@ void insertRow(Table& table, const std::vector<int>& ordinals, const std::functi
 }
 
 bool hasAutoNumber(const TableDef& table) {
-  return std::any_of(table.columns.begin(), table.columns.end(), [](const ColumnDef& column) { return column.autoNumber; });
+  return std::any_of(table.columns.begin(), table.columns.end(),
+                     [](const ColumnDef& column) { return column.autoNumber; });
 }
 
 void noteAutoNumber(const Table& table, StatementContext& c) {
@@ -63,14 +67,17 @@ int64_t insertQuery(const ast::Insert& s, Table& table, std::vector<int> ordinal
     for (const ResultColumn& column : columns) ordinals.push_back(ordinalOf(table.def(), column.name));
   if (ordinals.size() != columns.size()) throw Error(3346, {}, "DAO.Database");
   const Collected all = collectRows(*rows, c.context);
-  for (const uint32_t row : all.order) insertRow(table, ordinals, [&](size_t i) { return all.store->value(row, i); }, c);
+  for (const uint32_t row : all.order)
+    insertRow(
+        table, ordinals, [&](size_t i) { return all.store->value(row, i); }, c);
   if (!all.order.empty()) noteAutoNumber(table, c);
   return static_cast<int64_t>(all.order.size());
 }
 
 // The slot among those of the statement whose table `name` is meant.
 Slot* findSlot(const std::vector<Slot*>& slots, const std::u16string& name) {
-  const auto found = std::find_if(slots.begin(), slots.end(), [&](const Slot* s) { return sameName(s->name(), name); });
+  const auto found =
+      std::find_if(slots.begin(), slots.end(), [&](const Slot* s) { return sameName(s->name(), name); });
   return found == slots.end() ? nullptr : *found;
 }
 
@@ -102,7 +109,8 @@ int64_t runInsert(const ast::Insert& s, StatementContext& c) {
   std::vector<ExpressionPtr> values;
   for (const auto& value : s.values) values.push_back(binder.expression(*value, scope));
   binder.finish();
-  insertRow(table, ordinals, [&](size_t i) { return values[i]->value(c.context); }, c);
+  insertRow(
+      table, ordinals, [&](size_t i) { return values[i]->value(c.context); }, c);
   noteAutoNumber(table, c);
   return 1;
 }
@@ -129,12 +137,14 @@ int64_t runUpdate(const ast::Update& s, StatementContext& c) {
       continue;
     }
     if (!column.slot->table()) throw Error(3073, {}, "DAO.Database");
-    if (column.slot->columns()[static_cast<size_t>(column.ordinal)].autoNumber) throw Error(3164, {}, "DAO.Database");
+    if (column.slot->columns()[static_cast<size_t>(column.ordinal)].autoNumber)
+      throw Error(3164, {}, "DAO.Database");
     auto target = std::find(targets.begin(), targets.end(), column.slot);
     if (target == targets.end()) target = targets.insert(target, column.slot);
     const auto index = static_cast<size_t>(target - targets.begin());
     for (const Assignment& other : assignments)
-      if (other.target == index && other.ordinal == column.ordinal) throw Error(3063, {written.column}, "DAO.Database");
+      if (other.target == index && other.ordinal == column.ordinal)
+        throw Error(3063, {written.column}, "DAO.Database");
     assignments.push_back({index, column.ordinal, binder.expression(*written.value, scope)});
   }
   binder.finish();
@@ -147,7 +157,8 @@ int64_t runUpdate(const ast::Update& s, StatementContext& c) {
       for (size_t t = 0; t < targets.size(); ++t) pending.push_back({t, targets[t]->rowId(), {}});
       for (const Assignment& a : assignments)
         pending[first + a.target].changes.push_back(
-            {a.ordinal, converted(*targets[a.target]->table(), a.ordinal, a.value->value(c.context), c.context)});
+            {a.ordinal,
+             converted(*targets[a.target]->table(), a.ordinal, a.value->value(c.context), c.context)});
     }
   }
   int64_t count = 0;
@@ -210,8 +221,11 @@ int64_t runSelectInto(const ast::Query& s, StatementContext& c) {
   const Collected all = collectRows(*rows, c.context);
   Table created(c.catalog, c.catalog.createTable(table), &c.rules);
   std::vector<int> ordinals(table.columns.size());
-  for (size_t i = 0; i < ordinals.size(); ++i) ordinals[i] = created.def().columnOrdinal(table.columns[i].name);
-  for (const uint32_t row : all.order) insertRow(created, ordinals, [&](size_t i) { return all.store->value(row, i); }, c);
+  for (size_t i = 0; i < ordinals.size(); ++i)
+    ordinals[i] = created.def().columnOrdinal(table.columns[i].name);
+  for (const uint32_t row : all.order)
+    insertRow(
+        created, ordinals, [&](size_t i) { return all.store->value(row, i); }, c);
   return static_cast<int64_t>(all.order.size());
 }
 

@@ -23,13 +23,16 @@ bool isMakeTable(const ast::Query& q) {
 }
 
 bool hasSubquery(const ast::Expr& e) {
-  return e.query || std::any_of(e.args.begin(), e.args.end(), [](const auto& arg) { return hasSubquery(*arg); });
+  return e.query ||
+         std::any_of(e.args.begin(), e.args.end(), [](const auto& arg) { return hasSubquery(*arg); });
 }
 
 // The rules evaluate as part of the running statement.
 class RunningStatement {
  public:
-  RunningStatement(Rules& rules, EvalContext& context) : rules_(rules), before_(rules.statement) { rules.statement = &context; }
+  RunningStatement(Rules& rules, EvalContext& context) : rules_(rules), before_(rules.statement) {
+    rules.statement = &context;
+  }
   ~RunningStatement() { rules_.statement = before_; }
   RunningStatement(const RunningStatement&) = delete;
   RunningStatement& operator=(const RunningStatement&) = delete;
@@ -41,10 +44,13 @@ class RunningStatement {
 
 class StoredResult : public ResultSet {
  public:
-  StoredResult(std::vector<ResultColumn> columns, Collected rows) : columns_(std::move(columns)), rows_(std::move(rows)) {}
+  StoredResult(std::vector<ResultColumn> columns, Collected rows)
+      : columns_(std::move(columns)), rows_(std::move(rows)) {}
   const std::vector<ResultColumn>& columns() const override { return columns_; }
   size_t rowCount() const override { return rows_.order.size(); }
-  Value value(size_t row, size_t column) const override { return rows_.store->value(rows_.order.at(row), column); }
+  Value value(size_t row, size_t column) const override {
+    return rows_.store->value(rows_.order.at(row), column);
+  }
 
  private:
   std::vector<ResultColumn> columns_;
@@ -77,7 +83,8 @@ struct Engine::Impl {
   ast::Statement parseSource(std::u16string_view text) {
     text = trimmed(text);
     std::u16string_view name = text;
-    if (name.size() > 2 && name.front() == u'[' && name.back() == u']') name = name.substr(1, name.size() - 2);
+    if (name.size() > 2 && name.front() == u'[' && name.back() == u']')
+      name = name.substr(1, name.size() - 2);
     if (!name.empty() && name.size() <= kMaxNameLength) {
       if (catalog.table(name)) {
         ast::Statement s;
@@ -183,7 +190,9 @@ bool Engine::isQuery(std::u16string_view sql) {
 TableDefPtr Engine::Impl::singleTable(const ast::Query& q) {
   if (q.crosstab || q.parts.size() != 1 || !q.parts[0].select) return nullptr;
   const ast::Select& s = *q.parts[0].select;
-  if (s.distinct || !s.groupBy.empty() || s.having || s.from.size() != 1 || s.from[0]->kind != ast::Source::Kind::Table) return nullptr;
+  if (s.distinct || !s.groupBy.empty() || s.having || s.from.size() != 1 ||
+      s.from[0]->kind != ast::Source::Kind::Table)
+    return nullptr;
   for (const auto& item : s.items)
     if (item.expr && hasAggregate(*item.expr)) return nullptr;
   for (const auto& order : q.orderBy)
@@ -209,7 +218,8 @@ std::optional<DynasetPlan> Engine::dynaset(std::u16string_view sql, const Parame
     SelectRows& select = collected ? *collected->onlySelect : dynamic_cast<SelectRows&>(*p.rows);
     for (select.open(p.context); select.next(p.context);) plan.rows.push_back(slot.rowId());
     const auto& top = q.parts[0].select->top;  // TOP n is the select's own limit
-    if (top && top->percent) plan.rows.resize((plan.rows.size() * static_cast<size_t>(top->count) + 99) / 100);
+    if (top && top->percent)
+      plan.rows.resize((plan.rows.size() * static_cast<size_t>(top->count) + 99) / 100);
   }
 
   bool isRowOnly = true, hasExpressions = false;
@@ -245,7 +255,8 @@ std::optional<std::vector<Value>> Engine::dynasetRow(const DynasetPlan& plan, Ro
     outputs.prepared = impl_->prepare(outputs.sql, outputs.parameters);
     outputs.slot = outputs.prepared.slots[0].get();
     auto* collected = dynamic_cast<CollectedRows*>(outputs.prepared.rows.get());
-    outputs.select = collected ? collected->onlySelect : dynamic_cast<SelectRows*>(outputs.prepared.rows.get());
+    outputs.select =
+        collected ? collected->onlySelect : dynamic_cast<SelectRows*>(outputs.prepared.rows.get());
   }
   const EvalContext now = impl_->context();
   outputs.prepared.context.now = now.now;

@@ -13,9 +13,9 @@
 namespace jet::sql {
 
 struct ResultColumn {
-  std::u16string name;      // as Jet names it: alias, column, table.column, Expr1000...
-  Type type = Type::Text;   // Null when unknown (a constant Null)
-  int size = 0;             // characters of a Text column, 0 when not from a column
+  std::u16string name;                       // as Jet names it: alias, column, table.column, Expr1000...
+  Type type = Type::Text;                    // Null when unknown (a constant Null)
+  int size = 0;                              // characters of a Text column, 0 when not from a column
   std::u16string sourceTable, sourceColumn;  // empty for expressions
   bool required = false, allowZeroLength = true, autoNumber = false;
 };
@@ -44,7 +44,7 @@ class RowSink {
 struct DynasetPlan {
   TableDefPtr table;
   std::vector<ResultColumn> columns;
-  std::vector<int> ordinals;   // table column of each output column, -1 for expressions
+  std::vector<int> ordinals;  // table column of each output column, -1 for expressions
   std::vector<RowId> rows;
   struct Outputs;
   std::shared_ptr<Outputs> outputs;  // what evaluates the expressions; nullptr without any
@@ -57,7 +57,8 @@ class Engine {
   explicit Engine(Catalog& catalog);
   ~Engine();
 
-  // Any SELECT, UNION, TABLE or TRANSFORM, a saved query's or a table's name. Throws 3065-style errors for others.
+  // Any SELECT, UNION, TABLE or TRANSFORM, a saved query's or a table's name. Throws 3065-style errors for
+  // others.
   std::unique_ptr<ResultSet> query(std::u16string_view sql, const Parameters& parameters = {});
   void query(std::u16string_view sql, RowSink& sink, const Parameters& parameters = {});
   // nullopt when the query is not updatable row by row (joins, groups, unions, DISTINCT, no table).
@@ -86,7 +87,8 @@ class Engine {
   std::unique_ptr<Impl> impl_;
 };
 
-// Splits a script at ';' outside of quotes, brackets and date literals. `complete` tells whether the last piece ended with ';'.
+// Splits a script at ';' outside of quotes, brackets and date literals. `complete` tells whether the last
+// piece ended with ';'.
 struct Script {
   std::vector<std::u16string> statements;
   std::u16string rest;  // begun, not complete

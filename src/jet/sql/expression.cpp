@@ -10,20 +10,34 @@ namespace {
 
 Value apply(Op op, const Value& a, const Value& b, const EvalContext& c) {
   switch (op) {
-    case Op::Power: return power(a, b, c);
-    case Op::Multiply: return multiply(a, b, c);
-    case Op::Divide: return divide(a, b, c);
-    case Op::IntegerDivide: return integerDivide(a, b, c);
-    case Op::Modulo: return modulo(a, b, c);
-    case Op::Add: return add(a, b, c);
-    case Op::Subtract: return subtract(a, b, c);
-    case Op::Concatenate: return concatenate(a, b, c);
-    case Op::And: return logical(Logical::And, a, b);
-    case Op::Or: return logical(Logical::Or, a, b);
-    case Op::Xor: return logical(Logical::Xor, a, b);
-    case Op::Eqv: return logical(Logical::Eqv, a, b);
-    case Op::Imp: return logical(Logical::Imp, a, b);
-    default: break;
+    case Op::Power:
+      return power(a, b, c);
+    case Op::Multiply:
+      return multiply(a, b, c);
+    case Op::Divide:
+      return divide(a, b, c);
+    case Op::IntegerDivide:
+      return integerDivide(a, b, c);
+    case Op::Modulo:
+      return modulo(a, b, c);
+    case Op::Add:
+      return add(a, b, c);
+    case Op::Subtract:
+      return subtract(a, b, c);
+    case Op::Concatenate:
+      return concatenate(a, b, c);
+    case Op::And:
+      return logical(Logical::And, a, b);
+    case Op::Or:
+      return logical(Logical::Or, a, b);
+    case Op::Xor:
+      return logical(Logical::Xor, a, b);
+    case Op::Eqv:
+      return logical(Logical::Eqv, a, b);
+    case Op::Imp:
+      return logical(Logical::Imp, a, b);
+    default:
+      break;
   }
   const auto order = compare(a, b, c);
   return order ? Value(holds(op, *order)) : Value();
@@ -55,12 +69,18 @@ Truth inverted(Truth t, bool negated) { return t && negated ? Truth(!*t) : t; }
 
 bool holds(Op op, int order) {
   switch (op) {
-    case Op::Equal: return order == 0;
-    case Op::NotEqual: return order != 0;
-    case Op::Less: return order < 0;
-    case Op::LessEqual: return order <= 0;
-    case Op::Greater: return order > 0;
-    default: return order >= 0;
+    case Op::Equal:
+      return order == 0;
+    case Op::NotEqual:
+      return order != 0;
+    case Op::Less:
+      return order < 0;
+    case Op::LessEqual:
+      return order <= 0;
+    case Op::Greater:
+      return order > 0;
+    default:
+      return order >= 0;
   }
 }
 
@@ -71,7 +91,8 @@ bool isValueError(int number) {
 Value Chain::value(EvalContext& c) {
   Value scratch;
   Value result = apply(ops[0], operands[0]->value(c), operands[1]->view(c, scratch), c);
-  for (size_t i = 1; i < ops.size(); ++i) result = apply(ops[i], result, operands[i + 1]->view(c, scratch), c);
+  for (size_t i = 1; i < ops.size(); ++i)
+    result = apply(ops[i], result, operands[i + 1]->view(c, scratch), c);
   return result;
 }
 
@@ -79,8 +100,10 @@ Truth Junction::test(EvalContext& c) {
   bool sawNull = false;
   for (const auto& operand : operands) {
     const Truth t = operand->test(c);
-    if (!t) sawNull = true;
-    else if (*t != isAnd) return t;
+    if (!t)
+      sawNull = true;
+    else if (*t != isAnd)
+      return t;
   }
   return sawNull ? Truth() : Truth(isAnd);
 }
@@ -110,10 +133,14 @@ const LikePattern* LikeExpression::pattern(EvalContext& c) {
       // % and _ are the wildcards; what is one in the usual form stands for itself.
       wildcards.clear();
       for (const char16_t ch : text_) {
-        if (ch == u'%') wildcards += u'*';
-        else if (ch == u'_') wildcards += u'?';
-        else if (ch == u'*' || ch == u'?' || ch == u'#') wildcards.append({u'[', ch, u']'});
-        else wildcards += ch;
+        if (ch == u'%')
+          wildcards += u'*';
+        else if (ch == u'_')
+          wildcards += u'?';
+        else if (ch == u'*' || ch == u'?' || ch == u'#')
+          wildcards.append({u'[', ch, u']'});
+        else
+          wildcards += ch;
       }
     }
     compiled_ = std::make_unique<LikePattern>(wildcards, *c.collation);
@@ -147,8 +174,10 @@ Truth InListExpression::test(EvalContext& c) {
   bool sawNull = false;
   for (size_t i = 1; i < operands.size(); ++i) {
     const auto order = compareFast(x, operands[i]->view(c, s1), c);
-    if (!order) sawNull = true;
-    else if (*order == 0) return !negated;
+    if (!order)
+      sawNull = true;
+    else if (*order == 0)
+      return !negated;
   }
   return sawNull ? Truth() : Truth(negated);
 }
@@ -169,7 +198,8 @@ Value FunctionCall::value(EvalContext& c) {
 Value Choice::value(EvalContext& c) {
   Value scratch;
   switch (kind) {
-    case Kind::IIf: return operands[isTrue(operands[0]->test(c)) ? 1 : 2]->value(c);
+    case Kind::IIf:
+      return operands[isTrue(operands[0]->test(c)) ? 1 : 2]->value(c);
     case Kind::Choose: {
       const Value& n = operands[0]->view(c, scratch);
       if (n.isNull()) return {};

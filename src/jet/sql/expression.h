@@ -15,7 +15,8 @@ class Expression {
   virtual ~Expression() = default;
 
   virtual Value value(EvalContext& c) = 0;
-  // Without copying when the value exists somewhere; `scratch` may hold it otherwise. Holds until a slot moves.
+  // Without copying when the value exists somewhere; `scratch` may hold it otherwise. Holds until a slot
+  // moves.
   virtual const Value& view(EvalContext& c, Value& scratch) { return scratch = value(c); }
   // As a condition.
   virtual Truth test(EvalContext& c) {
@@ -123,7 +124,9 @@ class NotExpression : public Operation {
 
 class LikeExpression : public Operation {
  public:
-  explicit LikeExpression(bool negate, bool sql) : negated(negate), sqlWildcards(sql) { type = Type::Boolean; }
+  explicit LikeExpression(bool negate, bool sql) : negated(negate), sqlWildcards(sql) {
+    type = Type::Boolean;
+  }
   Value value(EvalContext& c) override { return fromTruth(test(c)); }
   Truth test(EvalContext& c) override;
   // The pattern compiled; nullptr when it is Null.
@@ -188,7 +191,8 @@ std::vector<const Slot*> slotsOf(const Expression& e);
 // Comparison by an operator of the result of compare().
 bool holds(ast::Op op, int order);
 
-// As the language's own run-time errors (division by zero, overflow, ...): in a select list they show as Null.
+// As the language's own run-time errors (division by zero, overflow, ...): in a select list they show as
+// Null.
 bool isValueError(int number);
 
 }  // namespace jet::sql

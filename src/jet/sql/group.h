@@ -13,11 +13,12 @@ struct AggregateSpec {
 };
 
 // GROUP BY: reads all rows below, then stands on one group after the other, in the order of the keys. The
-// group's slot has the keys (of the first row of the group) and behind them the aggregates. Without keys there is exactly one
-// group.
+// group's slot has the keys (of the first row of the group) and behind them the aggregates. Without keys
+// there is exactly one group.
 class Grouping : public PlanNode {
  public:
-  Grouping(PlanNodePtr input, Slot& group, std::vector<ExpressionPtr> keys, std::vector<AggregateSpec> aggregates);
+  Grouping(PlanNodePtr input, Slot& group, std::vector<ExpressionPtr> keys,
+           std::vector<AggregateSpec> aggregates);
   void open(EvalContext& c) override;
   void explain(PlanText& text, int depth) const override;
 

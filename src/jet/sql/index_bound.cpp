@@ -15,7 +15,8 @@ bool isNumeric(const Value& v) {
 
 template <typename T>
 std::optional<Value> exactInteger(double d) {
-  if (d != std::floor(d) || d < std::numeric_limits<T>::min() || d > std::numeric_limits<T>::max()) return std::nullopt;
+  if (d != std::floor(d) || d < std::numeric_limits<T>::min() || d > std::numeric_limits<T>::max())
+    return std::nullopt;
   return Value(static_cast<T>(d));
 }
 
@@ -48,19 +49,26 @@ Bound boundFor(Type column, const Value& v, Side side) {
   const double d = toDouble(v);
   if (std::isnan(d)) return {};
   switch (column) {
-    case Type::Byte: return integerBound<uint8_t>(d, side);
-    case Type::Integer: return integerBound<int16_t>(d, side);
-    case Type::Long: return integerBound<int32_t>(d, side);
+    case Type::Byte:
+      return integerBound<uint8_t>(d, side);
+    case Type::Integer:
+      return integerBound<int16_t>(d, side);
+    case Type::Long:
+      return integerBound<int32_t>(d, side);
     case Type::Currency: {
       if (const auto* c = v.getIf<Currency>()) return {Value(*c), false};
       if (std::fabs(d) > kCurrencyLimit) return {};
       const double scaled = d * 10000;
-      return {Value(Currency{static_cast<int64_t>(side == Side::Low ? std::floor(scaled) - 1 : std::ceil(scaled) + 1)}),
+      return {Value(Currency{
+                  static_cast<int64_t>(side == Side::Low ? std::floor(scaled) - 1 : std::ceil(scaled) + 1)}),
               false};
     }
-    case Type::Double: return {Value(d), false};
-    case Type::Date: return {Value(Date{d}), false};
-    default: return {};
+    case Type::Double:
+      return {Value(d), false};
+    case Type::Date:
+      return {Value(Date{d}), false};
+    default:
+      return {};
   }
 }
 
@@ -80,9 +88,12 @@ std::optional<Value> exactKey(Type column, const Value& v) {
     case Type::Boolean:
       if (d != 0 && d != -1) return std::nullopt;
       return Value(d != 0);
-    case Type::Byte: return exactInteger<uint8_t>(d);
-    case Type::Integer: return exactInteger<int16_t>(d);
-    case Type::Long: return exactInteger<int32_t>(d);
+    case Type::Byte:
+      return exactInteger<uint8_t>(d);
+    case Type::Integer:
+      return exactInteger<int16_t>(d);
+    case Type::Long:
+      return exactInteger<int32_t>(d);
     case Type::Currency: {
       if (std::fabs(d) > kCurrencyLimit) return std::nullopt;
       const auto scaled = static_cast<int64_t>(std::llround(d * 10000));
@@ -94,14 +105,17 @@ std::optional<Value> exactKey(Type column, const Value& v) {
       if (static_cast<double>(f) != d) return std::nullopt;
       return Value(f);
     }
-    case Type::Double: return Value(d);
-    case Type::Date: return Value(Date{d});
-    default: return std::nullopt;
+    case Type::Double:
+      return Value(d);
+    case Type::Date:
+      return Value(Date{d});
+    default:
+      return std::nullopt;
   }
 }
 
-KeyBounds rangeBounds(const Table& table, int index, std::vector<Value> prefix, const std::optional<Value>& low,
-                      const std::optional<Value>& high) {
+KeyBounds rangeBounds(const Table& table, int index, std::vector<Value> prefix,
+                      const std::optional<Value>& low, const std::optional<Value>& high) {
   const IndexColumn& column = table.def().realIndexes[static_cast<size_t>(index)].columns[prefix.size()];
   const Type type = table.def().columns[static_cast<size_t>(column.ordinal)].type();
   const Bound lower = low ? boundFor(type, *low, Side::Low) : Bound{};
@@ -138,7 +152,8 @@ KeyBounds likeBounds(const Table& table, int index, std::vector<Value> prefix, c
   // The codes of the letters come first; every text that begins with these letters has a key that begins
   // with their codes. A byte 01 (Jet 3: 00) is the end of the codes.
   const size_t end = key.find(jet3 ? '\0' : '\1', common + 1);
-  if (jet3 && end + 1 != key.size()) return rangeBounds(table, index, {prefix.begin(), prefix.end() - 1}, {}, {});
+  if (jet3 && end + 1 != key.size())
+    return rangeBounds(table, index, {prefix.begin(), prefix.end() - 1}, {}, {});
   if (end != key.npos) key.resize(end);
   return {{key, key}, false};
 }

@@ -17,9 +17,10 @@ struct KeyBounds {
   bool isEmpty = false;
 };
 
-// All keys that begin with the values of `prefix` and whose next column lies between the bounds, or a little more.
-KeyBounds rangeBounds(const Table& table, int index, std::vector<Value> prefix, const std::optional<Value>& low,
-                      const std::optional<Value>& high);
+// All keys that begin with the values of `prefix` and whose next column lies between the bounds, or a little
+// more.
+KeyBounds rangeBounds(const Table& table, int index, std::vector<Value> prefix,
+                      const std::optional<Value>& low, const std::optional<Value>& high);
 // ... and whose next column begins with `text`.
 KeyBounds likeBounds(const Table& table, int index, std::vector<Value> prefix, const std::u16string& text);
 

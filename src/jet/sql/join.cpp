@@ -36,8 +36,10 @@ void SlotBuffer::restore(size_t row) const {
   for (size_t i = 0; i < parts_.size(); ++i) {
     const Part& part = parts_[i];
     const size_t at = row * parts_.size() + i;
-    if (nullRows_[at]) part.slot->setNull();
-    else part.slot->setValues(values_.data() + row * width_ + part.first, part.place.data(), ids_[at]);
+    if (nullRows_[at])
+      part.slot->setNull();
+    else
+      part.slot->setValues(values_.data() + row * width_ + part.first, part.place.data(), ids_[at]);
   }
 }
 
@@ -54,8 +56,10 @@ size_t KeyTable::bucket(int64_t key) const {
 
 void KeyTable::link(Place& place, uint32_t row) {
   next_.resize(std::max<size_t>(next_.size(), size_t{row} + 1), kNone);
-  if (place.first == kNone) place.first = row;
-  else next_[place.last] = row;
+  if (place.first == kNone)
+    place.first = row;
+  else
+    next_[place.last] = row;
   place.last = row;
 }
 
@@ -122,7 +126,11 @@ void setNull(const PlanNode& node) {
 }  // namespace
 
 HashJoin::HashJoin(PlanNodePtr left, PlanNodePtr right, std::vector<Key> keys, bool outer)
-    : left_(std::move(left)), right_(std::move(right)), keys_(std::move(keys)), outer_(outer), buffer_(right_->slots) {
+    : left_(std::move(left)),
+      right_(std::move(right)),
+      keys_(std::move(keys)),
+      outer_(outer),
+      buffer_(right_->slots) {
   slots = both(left_->slots, right_->slots);
   isStatic = left_->isStatic && right_->isStatic;
   integers_ = keys_.size() == 1 && isIntegerColumn(keys_[0].left) && isIntegerColumn(keys_[0].right);

@@ -7,7 +7,8 @@
 // Joins of two steps. An outer join keeps every left row: one without a partner gets a row of Nulls.
 namespace jet::sql {
 
-// Join keys of the rows of a buffer, by number or by bytes. Rows of one key are found in the order of their entry.
+// Join keys of the rows of a buffer, by number or by bytes. Rows of one key are found in the order of their
+// entry.
 class KeyTable {
  public:
   static constexpr uint32_t kNone = UINT32_MAX;
@@ -45,7 +46,7 @@ class HashJoin : public PlanNode {
   void open(EvalContext& c) override;
   void explain(PlanText& text, int depth) const override;
 
-  std::vector<ExpressionPtr> conditions;  // the rest of ON; of an outer join part of the match
+  std::vector<ExpressionPtr> conditions;     // the rest of ON; of an outer join part of the match
   std::vector<ExpressionPtr> keyConditions;  // own the key expressions, are not evaluated
 
  protected:

@@ -55,13 +55,20 @@ class Lexer {
       return t;
     }
     const char16_t c = peek();
-    if (c == u'[' || c == u'`') bracketed(t, c == u'[' ? u']' : u'`');
-    else if (c == u'\'' || c == u'"') string(t, c);
-    else if (c == u'#') date(t);
-    else if (isDigit(c) || (c == u'.' && isDigit(peek(1)) && !afterOperand_)) number(t);
-    else if (c == u'&' && (upper(peek(1)) == u'H') && hexDigit(peek(2)) >= 0 && !afterOperand_) hex(t);
-    else if (isNameStart(c)) name(t);
-    else symbol(t);
+    if (c == u'[' || c == u'`')
+      bracketed(t, c == u'[' ? u']' : u'`');
+    else if (c == u'\'' || c == u'"')
+      string(t, c);
+    else if (c == u'#')
+      date(t);
+    else if (isDigit(c) || (c == u'.' && isDigit(peek(1)) && !afterOperand_))
+      number(t);
+    else if (c == u'&' && (upper(peek(1)) == u'H') && hexDigit(peek(2)) >= 0 && !afterOperand_)
+      hex(t);
+    else if (isNameStart(c))
+      name(t);
+    else
+      symbol(t);
     t.end = at_;
     return t;
   }
@@ -132,8 +139,10 @@ class Lexer {
     t.text = sql_.substr(t.begin, at_ - t.begin);
     const std::string digits(t.text.begin(), t.text.end());
     const double d = std::strtod(digits.c_str(), nullptr);
-    if (whole && d <= 2147483647.0) t.value = static_cast<int32_t>(d);
-    else t.value = d;
+    if (whole && d <= 2147483647.0)
+      t.value = static_cast<int32_t>(d);
+    else
+      t.value = d;
   }
 
   // &HFFFF is -1, as 16-bit constants are; more than four digits are 32 bits.
@@ -144,17 +153,31 @@ class Lexer {
     int digits = 0;
     for (; hexDigit(peek()) >= 0; ++at_, ++digits) bits = bits << 4 | static_cast<unsigned>(hexDigit(peek()));
     if (digits > 8) fail(u"Syntax error in number", t.begin);
-    t.value = digits <= 4 ? int32_t{static_cast<int16_t>(bits)} : static_cast<int32_t>(static_cast<uint32_t>(bits));
+    t.value =
+        digits <= 4 ? int32_t{static_cast<int16_t>(bits)} : static_cast<int32_t>(static_cast<uint32_t>(bits));
     t.text = sql_.substr(t.begin, at_ - t.begin);
   }
 
   void symbol(Token& t) {
     static constexpr std::array<std::pair<char16_t, Symbol>, 19> kSingle{{{u'(', Symbol::LeftParen},
-        {u')', Symbol::RightParen}, {u',', Symbol::Comma}, {u'.', Symbol::Dot}, {u'!', Symbol::Bang},
-        {u';', Symbol::Semicolon}, {u'+', Symbol::Plus}, {u'-', Symbol::Minus}, {u'*', Symbol::Star},
-        {u'/', Symbol::Slash}, {u'\\', Symbol::Backslash}, {u'^', Symbol::Caret}, {u'&', Symbol::Ampersand},
-        {u'=', Symbol::Equal}, {u'<', Symbol::Less}, {u'>', Symbol::Greater}, {u'{', Symbol::LeftBrace},
-        {u'}', Symbol::RightBrace}, {u'?', Symbol::None}}};
+                                                                          {u')', Symbol::RightParen},
+                                                                          {u',', Symbol::Comma},
+                                                                          {u'.', Symbol::Dot},
+                                                                          {u'!', Symbol::Bang},
+                                                                          {u';', Symbol::Semicolon},
+                                                                          {u'+', Symbol::Plus},
+                                                                          {u'-', Symbol::Minus},
+                                                                          {u'*', Symbol::Star},
+                                                                          {u'/', Symbol::Slash},
+                                                                          {u'\\', Symbol::Backslash},
+                                                                          {u'^', Symbol::Caret},
+                                                                          {u'&', Symbol::Ampersand},
+                                                                          {u'=', Symbol::Equal},
+                                                                          {u'<', Symbol::Less},
+                                                                          {u'>', Symbol::Greater},
+                                                                          {u'{', Symbol::LeftBrace},
+                                                                          {u'}', Symbol::RightBrace},
+                                                                          {u'?', Symbol::None}}};
     const char16_t c = peek(), d = peek(1);
     ++at_;
     t.kind = TokenKind::Symbol;
@@ -167,7 +190,8 @@ class Lexer {
       ++at_;
       t.symbol = Symbol::GreaterEqual;
     } else {
-      const auto* found = std::find_if(kSingle.begin(), kSingle.end(), [c](const auto& e) { return e.first == c; });
+      const auto* found =
+          std::find_if(kSingle.begin(), kSingle.end(), [c](const auto& e) { return e.first == c; });
       if (found == kSingle.end()) fail(u"Syntax error", t.begin);
       t.symbol = found->second;
     }
@@ -186,21 +210,24 @@ class Lexer {
 }  // namespace
 
 bool isNameCharacter(char16_t c) {
-  return isDigit(c) || (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || c == u'_' || (c >= 0x80 && c != 0xA0);
+  return isDigit(c) || (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || c == u'_' ||
+         (c >= 0x80 && c != 0xA0);
 }
 
 bool Token::is(std::u16string_view keyword) const {
   return kind == TokenKind::Name && text.size() == keyword.size() &&
-         std::equal(text.begin(), text.end(), keyword.begin(), [](char16_t a, char16_t b) { return upper(a) == b; });
+         std::equal(text.begin(), text.end(), keyword.begin(),
+                    [](char16_t a, char16_t b) { return upper(a) == b; });
 }
 
 bool isStructuralWord(const Token& token) {
   static constexpr std::u16string_view kWords[] = {
-      u"ALL", u"ALTER", u"AND", u"ANY", u"AS", u"ASC", u"BETWEEN", u"BY", u"CREATE", u"DELETE", u"DESC",
-      u"DISTINCT", u"DISTINCTROW", u"DROP", u"EQV", u"EXISTS", u"FROM", u"GROUP", u"HAVING", u"IMP", u"IN",
-      u"INNER", u"INSERT", u"INTO", u"IS", u"JOIN", u"LEFT", u"LIKE", u"MOD", u"NOT", u"NULL", u"ON", u"OR",
-      u"ORDER", u"OUTER", u"PIVOT", u"RIGHT", u"SELECT", u"SET", u"SOME", u"TOP", u"TRANSFORM", u"UNION",
-      u"UPDATE", u"VALUES", u"WHERE", u"WITH", u"XOR"};
+      u"ALL",    u"ALTER",     u"AND",    u"ANY",      u"AS",          u"ASC",    u"BETWEEN", u"BY",
+      u"CREATE", u"DELETE",    u"DESC",   u"DISTINCT", u"DISTINCTROW", u"DROP",   u"EQV",     u"EXISTS",
+      u"FROM",   u"GROUP",     u"HAVING", u"IMP",      u"IN",          u"INNER",  u"INSERT",  u"INTO",
+      u"IS",     u"JOIN",      u"LEFT",   u"LIKE",     u"MOD",         u"NOT",    u"NULL",    u"ON",
+      u"OR",     u"ORDER",     u"OUTER",  u"PIVOT",    u"RIGHT",       u"SELECT", u"SET",     u"SOME",
+      u"TOP",    u"TRANSFORM", u"UNION",  u"UPDATE",   u"VALUES",      u"WHERE",  u"WITH",    u"XOR"};
   if (token.kind != TokenKind::Name || token.text.size() < 2 || token.text.size() > 11) return false;
   return std::any_of(std::begin(kWords), std::end(kWords), [&](auto word) { return token.is(word); });
 }

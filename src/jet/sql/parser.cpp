@@ -12,9 +12,7 @@ Parser::Nesting::Nesting(Parser& p) : parser_(p) {
   ++parser_.depth_;
 }
 
-const Token& Parser::peek(size_t ahead) const {
-  return tokens_[std::min(at_ + ahead, tokens_.size() - 1)];
-}
+const Token& Parser::peek(size_t ahead) const { return tokens_[std::min(at_ + ahead, tokens_.size() - 1)]; }
 
 const Token& Parser::take() {
   const Token& t = tokens_[at_];

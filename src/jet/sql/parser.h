@@ -7,8 +7,8 @@
 namespace jet::sql {
 
 // One statement; a ';' may end it. Throws the syntax errors of DAO: 3075 in an expression, one number a
-// clause elsewhere (3131 FROM, 3141 SELECT, ...), 3129 for an unknown verb, 3142 for text behind the end, 3360 for too
-// deep nesting.
+// clause elsewhere (3131 FROM, 3141 SELECT, ...), 3129 for an unknown verb, 3142 for text behind the end,
+// 3360 for too deep nesting.
 ast::Statement parse(std::u16string_view sql);
 
 // An expression alone: a default value ("=Date()"; the '=' may be missing) or a find criterion.

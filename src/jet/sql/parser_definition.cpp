@@ -16,23 +16,63 @@ std::optional<TypeWord> findTypeWord(std::u16string_view word) {
     Type type;
     bool autoNumber = false;
   };
-  static constexpr Entry kWords[] = {
-      {u"alphanumeric", Type::Text}, {u"autoincrement", Type::Long, true}, {u"binary", Type::Binary},
-      {u"bit", Type::Boolean}, {u"boolean", Type::Boolean}, {u"byte", Type::Byte}, {u"char", Type::Text},
-      {u"character", Type::Text}, {u"counter", Type::Long, true}, {u"currency", Type::Currency},
-      {u"date", Type::Date}, {u"datetime", Type::Date}, {u"dec", Type::Decimal}, {u"decimal", Type::Decimal},
-      {u"double", Type::Double}, {u"float", Type::Double}, {u"float4", Type::Single}, {u"float8", Type::Double},
-      {u"general", Type::Ole}, {u"guid", Type::Guid}, {u"identity", Type::Long, true},
-      {u"ieeedouble", Type::Double}, {u"ieeesingle", Type::Single}, {u"image", Type::Ole}, {u"int", Type::Long},
-      {u"integer", Type::Long}, {u"integer1", Type::Byte}, {u"integer2", Type::Integer},
-      {u"integer4", Type::Long}, {u"logical", Type::Boolean}, {u"logical1", Type::Boolean}, {u"long", Type::Long},
-      {u"longbinary", Type::Ole}, {u"longchar", Type::Memo}, {u"longtext", Type::Memo}, {u"memo", Type::Memo},
-      {u"money", Type::Currency}, {u"nchar", Type::Text}, {u"note", Type::Memo}, {u"ntext", Type::Memo},
-      {u"number", Type::Double}, {u"numeric", Type::Double}, {u"nvarchar", Type::Text}, {u"oleobject", Type::Ole},
-      {u"real", Type::Single}, {u"short", Type::Integer}, {u"single", Type::Single}, {u"smallint", Type::Integer},
-      {u"string", Type::Text}, {u"text", Type::Text}, {u"time", Type::Date}, {u"timestamp", Type::Date},
-      {u"tinyint", Type::Byte}, {u"uniqueidentifier", Type::Guid}, {u"varbinary", Type::Binary},
-      {u"varchar", Type::Text}, {u"yesno", Type::Boolean}};
+  static constexpr Entry kWords[] = {{u"alphanumeric", Type::Text},
+                                     {u"autoincrement", Type::Long, true},
+                                     {u"binary", Type::Binary},
+                                     {u"bit", Type::Boolean},
+                                     {u"boolean", Type::Boolean},
+                                     {u"byte", Type::Byte},
+                                     {u"char", Type::Text},
+                                     {u"character", Type::Text},
+                                     {u"counter", Type::Long, true},
+                                     {u"currency", Type::Currency},
+                                     {u"date", Type::Date},
+                                     {u"datetime", Type::Date},
+                                     {u"dec", Type::Decimal},
+                                     {u"decimal", Type::Decimal},
+                                     {u"double", Type::Double},
+                                     {u"float", Type::Double},
+                                     {u"float4", Type::Single},
+                                     {u"float8", Type::Double},
+                                     {u"general", Type::Ole},
+                                     {u"guid", Type::Guid},
+                                     {u"identity", Type::Long, true},
+                                     {u"ieeedouble", Type::Double},
+                                     {u"ieeesingle", Type::Single},
+                                     {u"image", Type::Ole},
+                                     {u"int", Type::Long},
+                                     {u"integer", Type::Long},
+                                     {u"integer1", Type::Byte},
+                                     {u"integer2", Type::Integer},
+                                     {u"integer4", Type::Long},
+                                     {u"logical", Type::Boolean},
+                                     {u"logical1", Type::Boolean},
+                                     {u"long", Type::Long},
+                                     {u"longbinary", Type::Ole},
+                                     {u"longchar", Type::Memo},
+                                     {u"longtext", Type::Memo},
+                                     {u"memo", Type::Memo},
+                                     {u"money", Type::Currency},
+                                     {u"nchar", Type::Text},
+                                     {u"note", Type::Memo},
+                                     {u"ntext", Type::Memo},
+                                     {u"number", Type::Double},
+                                     {u"numeric", Type::Double},
+                                     {u"nvarchar", Type::Text},
+                                     {u"oleobject", Type::Ole},
+                                     {u"real", Type::Single},
+                                     {u"short", Type::Integer},
+                                     {u"single", Type::Single},
+                                     {u"smallint", Type::Integer},
+                                     {u"string", Type::Text},
+                                     {u"text", Type::Text},
+                                     {u"time", Type::Date},
+                                     {u"timestamp", Type::Date},
+                                     {u"tinyint", Type::Byte},
+                                     {u"uniqueidentifier", Type::Guid},
+                                     {u"varbinary", Type::Binary},
+                                     {u"varchar", Type::Text},
+                                     {u"yesno", Type::Boolean}};
   const std::u16string folded = foldName(word);
   const auto* found = std::lower_bound(std::begin(kWords), std::end(kWords), folded,
                                        [](const Entry& e, const std::u16string& w) { return e.word < w; });
@@ -45,8 +85,10 @@ CreateTable Parser::createTable() {
   s.name = name(3290);
   expect(Symbol::LeftParen, 3290);
   do {
-    if (atConstraint()) s.constraints.push_back(tableConstraint());
-    else s.columns.push_back(columnDefinition());
+    if (atConstraint())
+      s.constraints.push_back(tableConstraint());
+    else
+      s.columns.push_back(columnDefinition());
   } while (accept(Symbol::Comma));
   if (!accept(Symbol::RightParen)) fail(s.columns.empty() ? 3290 : 3292);
   return s;
@@ -174,9 +216,12 @@ void Parser::references(Constraint& k) {
   while (accept(u"ON")) {
     const bool updates = accept(u"UPDATE");
     if (!updates && !accept(u"DELETE")) fail(3289);
-    if (accept(u"CASCADE")) (updates ? k.cascadeUpdates : k.cascadeDeletes) = true;
-    else if (!updates && accept(u"SET", u"NULL")) k.setNullOnDelete = true;
-    else if (!accept(u"NO", u"ACTION")) fail(3289);
+    if (accept(u"CASCADE"))
+      (updates ? k.cascadeUpdates : k.cascadeDeletes) = true;
+    else if (!updates && accept(u"SET", u"NULL"))
+      k.setNullOnDelete = true;
+    else if (!accept(u"NO", u"ACTION"))
+      fail(3289);
   }
 }
 
@@ -243,10 +288,14 @@ CreateIndex Parser::createIndex(bool unique) {
   expect(Symbol::RightParen, 3291);
   if (accept(u"WITH")) {
     do {
-      if (accept(u"PRIMARY")) s.primary = true;
-      else if (accept(u"DISALLOW", u"NULL")) s.disallowNull = true;
-      else if (accept(u"IGNORE", u"NULL")) s.ignoreNull = true;
-      else fail(3291);
+      if (accept(u"PRIMARY"))
+        s.primary = true;
+      else if (accept(u"DISALLOW", u"NULL"))
+        s.disallowNull = true;
+      else if (accept(u"IGNORE", u"NULL"))
+        s.ignoreNull = true;
+      else
+        fail(3291);
     } while (accept(Symbol::Comma));
   }
   return s;

@@ -23,20 +23,34 @@ struct Operator {
 std::optional<Operator> operatorOf(const Token& t) {
   if (t.kind == TokenKind::Symbol) {
     switch (t.symbol) {
-      case Symbol::Caret: return Operator{Op::Power, kPower};
-      case Symbol::Star: return Operator{Op::Multiply, 11};
-      case Symbol::Slash: return Operator{Op::Divide, 11};
-      case Symbol::Backslash: return Operator{Op::IntegerDivide, 10};
-      case Symbol::Plus: return Operator{Op::Add, 8};
-      case Symbol::Minus: return Operator{Op::Subtract, 8};
-      case Symbol::Ampersand: return Operator{Op::Concatenate, 7};
-      case Symbol::Equal: return Operator{Op::Equal, kComparison};
-      case Symbol::NotEqual: return Operator{Op::NotEqual, kComparison};
-      case Symbol::Less: return Operator{Op::Less, kComparison};
-      case Symbol::LessEqual: return Operator{Op::LessEqual, kComparison};
-      case Symbol::Greater: return Operator{Op::Greater, kComparison};
-      case Symbol::GreaterEqual: return Operator{Op::GreaterEqual, kComparison};
-      default: return std::nullopt;
+      case Symbol::Caret:
+        return Operator{Op::Power, kPower};
+      case Symbol::Star:
+        return Operator{Op::Multiply, 11};
+      case Symbol::Slash:
+        return Operator{Op::Divide, 11};
+      case Symbol::Backslash:
+        return Operator{Op::IntegerDivide, 10};
+      case Symbol::Plus:
+        return Operator{Op::Add, 8};
+      case Symbol::Minus:
+        return Operator{Op::Subtract, 8};
+      case Symbol::Ampersand:
+        return Operator{Op::Concatenate, 7};
+      case Symbol::Equal:
+        return Operator{Op::Equal, kComparison};
+      case Symbol::NotEqual:
+        return Operator{Op::NotEqual, kComparison};
+      case Symbol::Less:
+        return Operator{Op::Less, kComparison};
+      case Symbol::LessEqual:
+        return Operator{Op::LessEqual, kComparison};
+      case Symbol::Greater:
+        return Operator{Op::Greater, kComparison};
+      case Symbol::GreaterEqual:
+        return Operator{Op::GreaterEqual, kComparison};
+      default:
+        return std::nullopt;
     }
   }
   if (t.kind != TokenKind::Name || t.text.size() > 3 || t.text.size() < 2) return std::nullopt;
@@ -58,7 +72,8 @@ ExprPtr make(Kind kind, ExprPtr operand) {
 }
 
 bool beginsClause(const Token& t) {
-  for (auto word : {u"FROM", u"WHERE", u"GROUP", u"HAVING", u"ORDER", u"UNION", u"SET", u"INTO", u"PIVOT", u"SELECT"})
+  for (auto word :
+       {u"FROM", u"WHERE", u"GROUP", u"HAVING", u"ORDER", u"UNION", u"SET", u"INTO", u"PIVOT", u"SELECT"})
     if (t.is(word)) return true;
   return t.kind == TokenKind::End || t.is(Symbol::Semicolon);
 }
@@ -108,7 +123,8 @@ ExprPtr Parser::binary(int minimum) {
   int chainPrecedence = -1;  // of `left` when it is a chain that may grow
   for (;;) {
     if (minimum <= kComparison) {
-      const bool negated = at(u"NOT") && (at(u"LIKE", 1) || at(u"BETWEEN", 1) || at(u"IN", 1) || at(u"ALIKE", 1));
+      const bool negated =
+          at(u"NOT") && (at(u"LIKE", 1) || at(u"BETWEEN", 1) || at(u"IN", 1) || at(u"ALIKE", 1));
       if (negated || at(u"LIKE") || at(u"ALIKE") || at(u"BETWEEN") || at(u"IN") || at(u"IS")) {
         left = comparison(std::move(left));
         chainPrecedence = -1;
@@ -142,8 +158,10 @@ ExprPtr Parser::prefix(int minimum) {
     if (operand->kind == Kind::Literal && !operand->parenthesized) {
       if (const auto* n = operand->value.getIf<int32_t>()) return operand->value = -*n, std::move(operand);
       if (const auto* d = operand->value.getIf<double>()) {
-        if (*d == 2147483648.0) operand->value = INT32_MIN;
-        else operand->value = -*d;
+        if (*d == 2147483648.0)
+          operand->value = INT32_MIN;
+        else
+          operand->value = -*d;
         return operand;
       }
     }
@@ -158,12 +176,13 @@ ExprPtr Parser::prefix(int minimum) {
     // In a rule the value itself may be left out before a comparison, and "= " before a constant.
     const Token& t = peek();
     const auto op = operatorOf(t);
-    if ((op && isComparison(op->op)) || t.is(u"LIKE") || t.is(u"ALIKE") || t.is(u"BETWEEN") || t.is(u"IN") || t.is(u"IS"))
+    if ((op && isComparison(op->op)) || t.is(u"LIKE") || t.is(u"ALIKE") || t.is(u"BETWEEN") || t.is(u"IN") ||
+        t.is(u"IS"))
       return make(Kind::Implicit);
     ExprPtr operand = primary();
     const auto next = operatorOf(peek());
-    const bool alone = (!next || next->precedence < kComparison) && !at(u"LIKE") && !at(u"IS") && !at(u"IN") &&
-                       !at(u"BETWEEN") && !at(u"NOT");
+    const bool alone = (!next || next->precedence < kComparison) && !at(u"LIKE") && !at(u"IS") &&
+                       !at(u"IN") && !at(u"BETWEEN") && !at(u"NOT");
     if (!alone || !isConstant(*operand) || operand->parenthesized) return operand;
     ExprPtr equal = make(Kind::Chain, make(Kind::Implicit));
     equal->ops.push_back(Op::Equal);
@@ -248,8 +267,10 @@ ExprPtr Parser::primary() {
       if (t.is(Symbol::LeftParen)) return bracketed();
       break;
     case TokenKind::Name:
-    case TokenKind::Bracketed: return nameOrCall();
-    case TokenKind::End: break;
+    case TokenKind::Bracketed:
+      return nameOrCall();
+    case TokenKind::End:
+      break;
   }
   failExpression(at_ > expressionStart_ ? u"Syntax error (missing operator)" : u"Syntax error");
 }
@@ -263,7 +284,7 @@ ExprPtr Parser::bracketed() {
   if (!accept(Symbol::RightParen)) {
     const Token& t = peek();
     failExpression(t.kind == TokenKind::End || beginsClause(t) ? u"Missing ), ], or Item"
-                                                                : u"Syntax error (missing operator)");
+                                                               : u"Syntax error (missing operator)");
   }
   e->parenthesized = true;
   return e;
@@ -306,7 +327,8 @@ ExprPtr Parser::nameOrCall() {
       --expressionDepth_;
     }
     if (!accept(Symbol::RightParen))
-      failExpression(peek().kind == TokenKind::End ? u"Missing ), ], or Item" : u"Syntax error (missing operator)");
+      failExpression(peek().kind == TokenKind::End ? u"Missing ), ], or Item"
+                                                   : u"Syntax error (missing operator)");
     return e;
   }
   while (at(Symbol::Dot) || at(Symbol::Bang)) {

@@ -99,9 +99,9 @@ class Parser {
   std::vector<Token> tokens_;
   size_t at_ = 0;
   int depth_ = 0;
-  bool rule_ = false;            // the text is a validation rule
-  bool conditionPlace_ = false;  // in a rule: a whole condition may stand here
-  size_t expressionStart_ = 0;   // token of the outermost expression being read or read last
+  bool rule_ = false;                // the text is a validation rule
+  bool conditionPlace_ = false;      // in a rule: a whole condition may stand here
+  size_t expressionStart_ = 0;       // token of the outermost expression being read or read last
   size_t expressionEnd_ = SIZE_MAX;  // token behind the expression read last
   int expressionDepth_ = 0;
 };

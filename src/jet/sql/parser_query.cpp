@@ -60,10 +60,14 @@ std::unique_ptr<Select> Parser::select() {
   expect(u"SELECT", 3141);
   auto s = std::make_unique<Select>();
   for (;;) {
-    if (accept(u"DISTINCT")) s->distinct = true;
-    else if (accept(u"DISTINCTROW")) s->distinctRow = true;
-    else if (at(u"TOP")) s->top = top();
-    else if (!accept(u"ALL")) break;
+    if (accept(u"DISTINCT"))
+      s->distinct = true;
+    else if (accept(u"DISTINCTROW"))
+      s->distinctRow = true;
+    else if (at(u"TOP"))
+      s->top = top();
+    else if (!accept(u"ALL"))
+      break;
   }
   do s->items.push_back(selectItem());
   while (accept(Symbol::Comma));
@@ -128,10 +132,16 @@ std::vector<SourcePtr> Parser::from() {
 SourcePtr Parser::source() {
   SourcePtr left = sourceOperand();
   SourcePtr join;
-  if (accept(u"INNER")) join = makeSource(Source::Kind::Inner);
-  else if (accept(u"LEFT")) join = makeSource(Source::Kind::Left);
-  else if (accept(u"RIGHT")) join = makeSource(Source::Kind::Right);
-  else return left;
+  if (accept(u"INNER"))
+    join = makeSource(Source::Kind::Inner);
+  else if (accept(u"LEFT"))
+    join = makeSource(Source::Kind::Left);
+  else if (accept(u"RIGHT"))
+    join = makeSource(Source::Kind::Right);
+  else if (at(u"JOIN"))
+    fail(3131);
+  else
+    return left;
   if (join->kind != Source::Kind::Inner) accept(u"OUTER");
   expect(u"JOIN", 3131);
   join->left = std::move(left);
@@ -191,8 +201,10 @@ std::vector<OrderItem> Parser::orderBy() {
     const Token& t = peek();
     if (t.kind == TokenKind::End || t.is(Symbol::Comma)) fail(3138);
     item.expr = expression(true);
-    if (accept(u"DESC")) item.descending = true;
-    else accept(u"ASC");
+    if (accept(u"DESC"))
+      item.descending = true;
+    else
+      accept(u"ASC");
     items.push_back(std::move(item));
   } while (accept(Symbol::Comma));
   return items;

@@ -13,7 +13,8 @@ class PlanNode {
  public:
   virtual ~PlanNode() = default;
 
-  // Back before the first row. Rows of outer queries, and of the left sides of enclosing nested loops, are read afresh.
+  // Back before the first row. Rows of outer queries, and of the left sides of enclosing nested loops, are
+  // read afresh.
   virtual void open(EvalContext& c) = 0;
   // Moves the slots to the next row that passes the filters; false at the end.
   bool next(EvalContext& c) {
@@ -56,7 +57,8 @@ class OneRow : public PlanNode {
 // Conditions that concern no row below: checked once, when the step is opened.
 class Gate : public PlanNode {
  public:
-  Gate(PlanNodePtr input, std::vector<ExpressionPtr> tests) : conditions(std::move(tests)), input_(std::move(input)) {
+  Gate(PlanNodePtr input, std::vector<ExpressionPtr> tests)
+      : conditions(std::move(tests)), input_(std::move(input)) {
     slots = input_->slots;
   }
   void open(EvalContext& c) override {

@@ -17,10 +17,12 @@ using Slots = std::vector<const Slot*>;
 using Conditions = std::vector<ExpressionPtr>;
 
 constexpr double kSeekCost = 3, kFetchCost = 1.5, kBuildCost = 2, kUnknownRows = 1000;
-constexpr size_t kMostStarts = 8;        // inputs up to which every one is tried as the first
-constexpr double kSmallTable = 32;       // rows; not worth a hash table of its own
+constexpr size_t kMostStarts = 8;   // inputs up to which every one is tried as the first
+constexpr double kSmallTable = 32;  // rows; not worth a hash table of its own
 
-bool contains(const Slots& slots, const Slot* slot) { return std::find(slots.begin(), slots.end(), slot) != slots.end(); }
+bool contains(const Slots& slots, const Slot* slot) {
+  return std::find(slots.begin(), slots.end(), slot) != slots.end();
+}
 
 bool isSubset(const Slots& part, const Slots& whole) {
   return std::all_of(part.begin(), part.end(), [&](const Slot* s) { return contains(whole, s); });
@@ -56,8 +58,9 @@ double distinctValues(const Expression& e) {
   const TableDef& def = column->slot->table()->def();
   for (const RealIndex& index : def.realIndexes)
     if (index.columns.size() == 1 && index.columns[0].ordinal == column->ordinal)
-      return index.unique || index.uniqueEntries == 0 ? std::max(1.0, def.rowCount / (index.unique ? 1.0 : 10.0))
-                                                      : index.uniqueEntries;
+      return index.unique || index.uniqueEntries == 0
+                 ? std::max(1.0, def.rowCount / (index.unique ? 1.0 : 10.0))
+                 : index.uniqueEntries;
   return std::max(1.0, def.rowCount / 10.0);
 }
 
@@ -67,15 +70,19 @@ struct Link {
   Expression* added;
 };
 
-std::optional<Link> linkOf(Expression& condition, const Slots& input, const Slots& local, const Slots& known) {
+std::optional<Link> linkOf(Expression& condition, const Slots& input, const Slots& local,
+                           const Slots& known) {
   auto* comparison = dynamic_cast<Comparison*>(&condition);
   if (!comparison || comparison->op != ast::Op::Equal) return std::nullopt;
   for (size_t side = 0; side < 2; ++side) {
     Expression& added = *comparison->operands[side];
     Expression& other = *comparison->operands[1 - side];
     const Slots addedSlots = slotsOf(added), otherSlots = slotsOf(other);
-    if (addedSlots.empty() || !isSubset(addedSlots, input) || !added.isStable() || !other.isStable()) continue;
-    if (otherSlots.empty() || intersects(otherSlots, input) || !isSubset(restricted(otherSlots, local), known)) continue;
+    if (addedSlots.empty() || !isSubset(addedSlots, input) || !added.isStable() || !other.isStable())
+      continue;
+    if (otherSlots.empty() || intersects(otherSlots, input) ||
+        !isSubset(restricted(otherSlots, local), known))
+      continue;
     if (cannotCompare(added.type, other.type)) continue;
     return Link{&other, &added};
   }
@@ -89,9 +96,12 @@ class Planner {
   // The steps of `tree` that also apply `filters`, which refer to slots of the tree (and outer ones).
   PlanNodePtr build(JoinTree& tree, Conditions filters) {
     switch (tree.kind) {
-      case JoinTree::Kind::Leaf: return leaf(*tree.slot, std::move(filters), {});
-      case JoinTree::Kind::Inner: return inner(tree, std::move(filters));
-      case JoinTree::Kind::Left: return outer(tree, std::move(filters));
+      case JoinTree::Kind::Leaf:
+        return leaf(*tree.slot, std::move(filters), {});
+      case JoinTree::Kind::Inner:
+        return inner(tree, std::move(filters));
+      case JoinTree::Kind::Left:
+        return outer(tree, std::move(filters));
     }
     return nullptr;
   }
@@ -127,8 +137,10 @@ class Planner {
       node = std::make_unique<QueryScan>(slot);
     } else {
       auto access = chooseIndex(slot, raw(filters), unavailableWith(available), collation_);
-      if (access) node = std::make_unique<IndexSeek>(slot, std::move(*access));
-      else node = std::make_unique<TableScan>(slot);
+      if (access)
+        node = std::make_unique<IndexSeek>(slot, std::move(*access));
+      else
+        node = std::make_unique<TableScan>(slot);
     }
     node->filters = std::move(filters);
     sortByCost(node->filters);
@@ -146,15 +158,18 @@ class Planner {
   // Cheap conditions first: plain comparisons before patterns before subqueries.
   static void sortByCost(Conditions& conditions) {
     const auto cost = [](const ExpressionPtr& e) {
-      if (dynamic_cast<const Comparison*>(e.get()) || dynamic_cast<const IsNullExpression*>(e.get())) return 0;
+      if (dynamic_cast<const Comparison*>(e.get()) || dynamic_cast<const IsNullExpression*>(e.get()))
+        return 0;
       if (dynamic_cast<const Junction*>(e.get()) || dynamic_cast<const LikeExpression*>(e.get())) return 1;
       return 2;
     };
-    std::stable_sort(conditions.begin(), conditions.end(), [&](const auto& a, const auto& b) { return cost(a) < cost(b); });
+    std::stable_sort(conditions.begin(), conditions.end(),
+                     [&](const auto& a, const auto& b) { return cost(a) < cost(b); });
   }
 
   double tableRows(const JoinTree& tree) const {
-    if (tree.kind == JoinTree::Kind::Leaf) return tree.slot->table() ? tree.slot->table()->def().rowCount : kUnknownRows;
+    if (tree.kind == JoinTree::Kind::Leaf)
+      return tree.slot->table() ? tree.slot->table()->def().rowCount : kUnknownRows;
     double rows = 0;
     for (const auto& input : tree.inputs) rows = std::max(rows, tableRows(*input));
     return rows;
@@ -182,8 +197,10 @@ class Planner {
   static void flatten(JoinTree& tree, std::vector<JoinTree*>& inputs, Conditions& conditions) {
     for (auto& condition : tree.conditions) conditions.push_back(std::move(condition));
     for (auto& input : tree.inputs) {
-      if (input->kind == JoinTree::Kind::Inner) flatten(*input, inputs, conditions);
-      else inputs.push_back(input.get());
+      if (input->kind == JoinTree::Kind::Inner)
+        flatten(*input, inputs, conditions);
+      else
+        inputs.push_back(input.get());
     }
   }
 
@@ -198,10 +215,14 @@ class Planner {
     Conditions joins, constants;
     for (auto& condition : conditions) {
       const Slots used = restricted(slotsOf(*condition), local_);
-      const auto only = std::find_if(inputs.begin(), inputs.end(), [&](const Input& i) { return isSubset(used, i.slots); });
-      if (used.empty()) constants.push_back(std::move(condition));
-      else if (only != inputs.end()) only->own.push_back(std::move(condition));
-      else joins.push_back(std::move(condition));
+      const auto only =
+          std::find_if(inputs.begin(), inputs.end(), [&](const Input& i) { return isSubset(used, i.slots); });
+      if (used.empty())
+        constants.push_back(std::move(condition));
+      else if (only != inputs.end())
+        only->own.push_back(std::move(condition));
+      else
+        joins.push_back(std::move(condition));
     }
     for (Input& input : inputs) estimate(input);
     const bool byOuterRow = keepOuterLinks(inputs, joins);
@@ -231,7 +252,8 @@ class Planner {
     return found;
   }
 
-  Candidate candidate(const Input& input, const Conditions& joins, const Slots& known, double rows, bool first) const {
+  Candidate candidate(const Input& input, const Conditions& joins, const Slots& known, double rows,
+                      bool first) const {
     Candidate result;
     double factor = 1;
     std::vector<Expression*> usable = raw(input.own);
@@ -269,7 +291,8 @@ class Planner {
   }
 
   // The cheapest order that begins with `start`, each further input being the cheapest at its place.
-  double orderFrom(size_t start, const std::vector<Input>& inputs, const Conditions& joins, std::vector<size_t>& order) const {
+  double orderFrom(size_t start, const std::vector<Input>& inputs, const Conditions& joins,
+                   std::vector<size_t>& order) const {
     Slots known;
     double rows = 1, cost = 0;
     std::vector<bool> used(inputs.size());
@@ -285,7 +308,8 @@ class Planner {
       for (size_t i = 0; i < inputs.size(); ++i) {
         if (used[i]) continue;
         const Candidate further = candidate(inputs[i], joins, known, rows, false);
-        const double total = further.cost + further.rows + (further.isLinked ? 0 : 1e12);  // cross products last
+        const double total =
+            further.cost + further.rows + (further.isLinked ? 0 : 1e12);  // cross products last
         if (total < best) best = total, next = i;
       }
       if (best == INFINITY) return cost;
@@ -318,10 +342,13 @@ class Planner {
       after.insert(after.end(), input.slots.begin(), input.slots.end());
       Conditions now;
       for (auto& condition : joins)
-        if (condition && isSubset(restricted(slotsOf(*condition), local_), after)) now.push_back(std::move(condition));
+        if (condition && isSubset(restricted(slotsOf(*condition), local_), after))
+          now.push_back(std::move(condition));
       std::erase(joins, nullptr);
-      if (!node) node = build(*input.tree, std::move(input.own));
-      else node = join(std::move(node), input, std::exchange(now, {}), known, c.byIndex);
+      if (!node)
+        node = build(*input.tree, std::move(input.own));
+      else
+        node = join(std::move(node), input, std::exchange(now, {}), known, c.byIndex);
       for (auto& condition : now) node->filters.push_back(std::move(condition));
       if (node->isStatic) setStatic(*node, true, {&node->filters});
       known = std::move(after);
@@ -349,8 +376,8 @@ class Planner {
     return node;
   }
 
-  PlanNodePtr hashOrLoop(PlanNodePtr left, PlanNodePtr right, Conditions conditions, const Slots& added, const Slots& known,
-                         bool isOuter) const {
+  PlanNodePtr hashOrLoop(PlanNodePtr left, PlanNodePtr right, Conditions conditions, const Slots& added,
+                         const Slots& known, bool isOuter) const {
     std::vector<HashJoin::Key> keys;
     Conditions keyConditions, rest;
     for (auto& condition : conditions) {
@@ -385,7 +412,8 @@ class Planner {
     const Slots kept = slotsBelow(keptTree), other = slotsBelow(otherTree);
     Conditions keptFilters, otherFilters, above, match;
     for (auto& filter : filters)
-      (isSubset(restricted(slotsOf(*filter), local_), kept) ? keptFilters : above).push_back(std::move(filter));
+      (isSubset(restricted(slotsOf(*filter), local_), kept) ? keptFilters : above)
+          .push_back(std::move(filter));
     for (auto& condition : tree.conditions) {
       const Slots used = restricted(slotsOf(*condition), local_);
       (!used.empty() && isSubset(used, other) ? otherFilters : match).push_back(std::move(condition));

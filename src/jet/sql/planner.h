@@ -20,8 +20,8 @@ struct JoinTree {
   void collect(std::vector<Slot*>& slots) const;
 };
 
-// Chooses the order of inner joins, the index or the hash table for each, and the place of each condition: the
-// lowest step that has the columns. `tree` gives its conditions away.
+// Chooses the order of inner joins, the index or the hash table for each, and the place of each condition:
+// the lowest step that has the columns. `tree` gives its conditions away.
 PlanNodePtr plan(JoinTree tree, const Collation& collation);
 
 }  // namespace jet::sql

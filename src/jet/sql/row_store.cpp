@@ -27,23 +27,35 @@ T payloadAs(Bytes payload) {
 Value decode(uint8_t kind, Bytes p) {
   if (kind == RowStore::kStoredText) return decodeText(p);
   switch (static_cast<Type>(kind)) {
-    case Type::Boolean: return p[0] != 0;
-    case Type::Byte: return p[0];
-    case Type::Integer: return static_cast<int16_t>(get16(p.data()));
-    case Type::Long: return static_cast<int32_t>(get32(p.data()));
-    case Type::Currency: return Currency{static_cast<int64_t>(get64(p.data()))};
-    case Type::Single: return getSingle(p.data());
-    case Type::Double: return getDouble(p.data());
-    case Type::Date: return Date{getDouble(p.data())};
-    case Type::Guid: return payloadAs<Guid>(p);
-    case Type::Decimal: return payloadAs<Decimal>(p);
-    case Type::Binary: return Binary(p.begin(), p.end());
+    case Type::Boolean:
+      return p[0] != 0;
+    case Type::Byte:
+      return p[0];
+    case Type::Integer:
+      return static_cast<int16_t>(get16(p.data()));
+    case Type::Long:
+      return static_cast<int32_t>(get32(p.data()));
+    case Type::Currency:
+      return Currency{static_cast<int64_t>(get64(p.data()))};
+    case Type::Single:
+      return getSingle(p.data());
+    case Type::Double:
+      return getDouble(p.data());
+    case Type::Date:
+      return Date{getDouble(p.data())};
+    case Type::Guid:
+      return payloadAs<Guid>(p);
+    case Type::Decimal:
+      return payloadAs<Decimal>(p);
+    case Type::Binary:
+      return Binary(p.begin(), p.end());
     case Type::Text: {
       std::u16string text(p.size() / 2, u'\0');
       std::memcpy(text.data(), p.data(), p.size());
       return text;
     }
-    default: return {};
+    default:
+      return {};
   }
 }
 
@@ -89,7 +101,9 @@ struct Packer {
     put(Type::Date, b, 8);
   }
   void operator()(const Guid& g) const { put(Type::Guid, g.bytes.data(), g.bytes.size()); }
-  void operator()(const Decimal& d) const { put(Type::Decimal, reinterpret_cast<const uint8_t*>(&d), sizeof d); }
+  void operator()(const Decimal& d) const {
+    put(Type::Decimal, reinterpret_cast<const uint8_t*>(&d), sizeof d);
+  }
   void operator()(const Binary& b) const { put(Type::Binary, b.data(), b.size()); }
   void operator()(const Text& t) const { store.addText(t); }
 };
@@ -100,9 +114,7 @@ void mix(uint64_t& hash, uint64_t value) {
   hash ^= hash >> 32;
 }
 
-bool isScalar(Type t) {
-  return t != Type::Null && !isText(t) && !isBinary(t) && t != Type::Decimal;
-}
+bool isScalar(Type t) { return t != Type::Null && !isText(t) && !isBinary(t) && t != Type::Decimal; }
 
 }  // namespace
 
@@ -145,8 +157,10 @@ void RowStore::end() {
   uint8_t* p = row + 1;
   starts_.push_back(static_cast<uint32_t>(cells_.size()));
   for (const uint32_t start : starts_) {
-    if (width == 2) put16(p, start);
-    else put32(p, start);
+    if (width == 2)
+      put16(p, start);
+    else
+      put32(p, start);
     p += width;
   }
   std::memcpy(p, cells_.data(), cells_.size());

@@ -28,7 +28,8 @@ class RowStore {
   void addNull() { addCell(static_cast<uint8_t>(Type::Null), {}); }
   void add(const Value& value);
   void addText(std::u16string_view text);
-  // Cell of a kind with the payload as it stands in a table's row. The payload of a floating-point zero loses its sign.
+  // Cell of a kind with the payload as it stands in a table's row. The payload of a floating-point zero loses
+  // its sign.
   void addCell(uint8_t kind, Bytes payload);
   void end();
   void dropLast();
@@ -48,7 +49,7 @@ class RowStore {
   std::vector<std::unique_ptr<uint8_t[]>> blocks_;
   size_t blockSize_ = 0, used_ = 0, lastRowSize_ = 0;
   std::vector<const uint8_t*> rows_;
-  std::string cells_;            // of the row being built
+  std::string cells_;  // of the row being built
   std::vector<uint32_t> starts_;
 };
 

@@ -14,7 +14,9 @@ class Slot;
 // What EXPLAIN-like texts are made of: one line a step, indented by depth.
 class PlanText {
  public:
-  void line(int depth, const std::u16string& text) { text_ += std::u16string(2 * depth, u' ') + text + u"\n"; }
+  void line(int depth, const std::u16string& text) {
+    text_ += std::u16string(2 * depth, u' ') + text + u"\n";
+  }
   const std::u16string& text() const { return text_; }
 
  private:

@@ -33,7 +33,8 @@ Value Rules::defaultValue(const ColumnDef& column) {
   return convertFor(column.type(), size, value->value(c), c, column.layout.scale);
 }
 
-Rules::Compiled& Rules::compiled(const std::u16string& rule, const TableDef& table, int ordinal, EvalContext& c) {
+Rules::Compiled& Rules::compiled(const std::u16string& rule, const TableDef& table, int ordinal,
+                                 EvalContext& c) {
   if (compiled_.size() > kMostCompiled) compiled_.clear();
   Compiled& entry = compiled_[{rule, ordinal}];
   bool fits = entry.condition && entry.columns.size() == table.columns.size();
@@ -65,7 +66,8 @@ Rules::Compiled& Rules::compiled(const std::u16string& rule, const TableDef& tab
   return entry;
 }
 
-bool Rules::satisfies(const std::u16string& rule, const TableDef& table, int ordinal, std::span<const Value> values) {
+bool Rules::satisfies(const std::u16string& rule, const TableDef& table, int ordinal,
+                      std::span<const Value> values) {
   EvalContext c = context();
   Compiled& entry = compiled(rule, table, ordinal, c);
   entry.slot->setValues(values.data());

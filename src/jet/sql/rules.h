@@ -12,7 +12,8 @@ class Rules : public RuleEvaluator {
   explicit Rules(Catalog& catalog) : catalog_(catalog) {}
 
   Value defaultValue(const ColumnDef& column) override;
-  bool satisfies(const std::u16string& rule, const TableDef& table, int ordinal, std::span<const Value> values) override;
+  bool satisfies(const std::u16string& rule, const TableDef& table, int ordinal,
+                 std::span<const Value> values) override;
 
   // The running statement's; rules outside of a statement get one of their own.
   EvalContext* statement = nullptr;

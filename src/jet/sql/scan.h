@@ -23,14 +23,14 @@ class TableScan : public PlanNode {
 // more condition on the column behind them. The operands belong to the conditions, which stay filters: an
 // index only has to find a superset of the rows.
 struct IndexAccess {
-  int index = -1;                   // into TableDef::realIndexes
-  std::vector<Expression*> equal;   // nullptr: Is Null
-  Expression* low = nullptr;        // of the next column, bounds included
+  int index = -1;                  // into TableDef::realIndexes
+  std::vector<Expression*> equal;  // nullptr: Is Null
+  Expression* low = nullptr;       // of the next column, bounds included
   Expression* high = nullptr;
-  bool symmetric = false;           // Between: the bounds may be exchanged
+  bool symmetric = false;  // Between: the bounds may be exchanged
   LikeExpression* like = nullptr;
   InListExpression* list = nullptr;
-  double estimate = 0;              // rows expected
+  double estimate = 0;  // rows expected
 
   // Equality on all that is there: entries of one key come in the order of the pages.
   bool isPoint() const { return !low && !high && !like && !list; }
@@ -38,7 +38,9 @@ struct IndexAccess {
 
 class IndexSeek : public PlanNode {
  public:
-  IndexSeek(Slot& slot, IndexAccess access) : slot_(slot), access_(std::move(access)) { slots.push_back(&slot); }
+  IndexSeek(Slot& slot, IndexAccess access) : slot_(slot), access_(std::move(access)) {
+    slots.push_back(&slot);
+  }
   void open(EvalContext& c) override;
   void explain(PlanText& text, int depth) const override;
 
@@ -75,9 +77,10 @@ class QueryScan : public PlanNode {
   Slot& slot_;
 };
 
-// The best index for `conditions` (all of them must hold); the operands may use `available` slots and those of outer
-// queries, that is everything but `unavailable`. nullopt when no index helps.
+// The best index for `conditions` (all of them must hold); the operands may use `available` slots and those
+// of outer queries, that is everything but `unavailable`. nullopt when no index helps.
 std::optional<IndexAccess> chooseIndex(const Slot& slot, const std::vector<Expression*>& conditions,
-                                       const std::vector<const Slot*>& unavailable, const Collation& collation);
+                                       const std::vector<const Slot*>& unavailable,
+                                       const Collation& collation);
 
 }  // namespace jet::sql

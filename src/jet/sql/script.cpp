@@ -10,12 +10,15 @@ bool isBlank(std::u16string_view text) { return text.find_first_not_of(u" \t\r\n
 // The character that ends what `open` begins; 0 when it begins nothing.
 char16_t closing(char16_t open) {
   switch (open) {
-    case u'[': return u']';
+    case u'[':
+      return u']';
     case u'\'':
     case u'"':
     case u'#':
-    case u'`': return open;
-    default: return 0;
+    case u'`':
+      return open;
+    default:
+      return 0;
   }
 }
 

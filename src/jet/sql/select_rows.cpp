@@ -22,8 +22,12 @@ auto guarded(bool strict, F&& f, G&& fallback) {
 
 }  // namespace
 
-SelectRows::SelectRows(PlanNodePtr plan, std::vector<ExpressionPtr> outputs, std::vector<ResultColumn> columns)
-    : plan_(std::move(plan)), outputs_(std::move(outputs)), cache_(outputs_.size()), stamps_(outputs_.size()) {
+SelectRows::SelectRows(PlanNodePtr plan, std::vector<ExpressionPtr> outputs,
+                       std::vector<ResultColumn> columns)
+    : plan_(std::move(plan)),
+      outputs_(std::move(outputs)),
+      cache_(outputs_.size()),
+      stamps_(outputs_.size()) {
   columns_ = std::move(columns);
 }
 
@@ -69,7 +73,8 @@ const Value& SelectRows::value(size_t column, EvalContext& c) {
 
 Value SelectRows::take(size_t column, EvalContext& c) {
   if (stamps_[column] == epoch_) return cache_[column];
-  return guarded(isStrict, [&] { return outputs_[column]->take(c); }, [] { return Value(); });
+  return guarded(
+      isStrict, [&] { return outputs_[column]->take(c); }, [] { return Value(); });
 }
 
 void SelectRows::pack(size_t column, RowStore& store, EvalContext& c) {

@@ -26,7 +26,8 @@ ResultColumn describe(const TableDef& table, const ColumnDef& column) {
 
 }  // namespace
 
-Slot::Slot(std::u16string name, std::unique_ptr<Table> table) : name_(std::move(name)), table_(std::move(table)) {
+Slot::Slot(std::u16string name, std::unique_ptr<Table> table)
+    : name_(std::move(name)), table_(std::move(table)) {
   const TableDef& def = table_->def();
   for (const ColumnDef& column : def.columns) columns_.push_back(describe(def, column));
   uses_.resize(columns_.size());
@@ -56,7 +57,8 @@ int Slot::find(std::u16string_view table, std::u16string_view column) const {
   const int named = find(std::u16string(table) + u"." + std::u16string(column));
   if (named >= 0) return named;
   for (size_t i = 0; i < columns_.size(); ++i)
-    if (sameName(columns_[i].sourceTable, table) && sameName(columns_[i].sourceColumn, column)) return static_cast<int>(i);
+    if (sameName(columns_[i].sourceTable, table) && sameName(columns_[i].sourceColumn, column))
+      return static_cast<int>(i);
   return -1;
 }
 
@@ -115,10 +117,13 @@ const Value& Slot::column(int i, EvalContext& c) {
         stamps_[at] = epoch_;
       }
       return cache_[at];
-    case State::Values: return values_[place_ ? place_[at] : i];
-    case State::QueryRow: return rows_->value(at, c);
+    case State::Values:
+      return values_[place_ ? place_[at] : i];
+    case State::QueryRow:
+      return rows_->value(at, c);
     case State::NullRow:
-    case State::None: break;
+    case State::None:
+      break;
   }
   return kNull;
 }
@@ -130,7 +135,8 @@ Value Slot::take(int i, EvalContext& c) {
 }
 
 bool Slot::isNull(int i, EvalContext& c) {
-  if (state_ == State::TableRow && columns_[static_cast<size_t>(i)].type != Type::Boolean) return reader_->isNull(i);
+  if (state_ == State::TableRow && columns_[static_cast<size_t>(i)].type != Type::Boolean)
+    return reader_->isNull(i);
   return column(i, c).isNull();
 }
 
@@ -147,14 +153,16 @@ void Slot::pack(int i, RowStore& store, EvalContext& c) {
     case Type::Date: {
       static constexpr size_t kWidths[] = {0, 0, 1, 2, 4, 8, 4, 8, 8};
       const Bytes stored = reader_->stored(i);
-      if (stored.size() == kWidths[static_cast<size_t>(type)]) return store.addCell(static_cast<uint8_t>(type), stored);
+      if (stored.size() == kWidths[static_cast<size_t>(type)])
+        return store.addCell(static_cast<uint8_t>(type), stored);
       break;  // Null or damaged
     }
     case Type::Text:
       if (table_->def().rowLayout.file->version != Version::Jet4) break;
       if (reader_->isNull(i)) return store.addNull();
       return store.addCell(RowStore::kStoredText, reader_->stored(i));
-    default: break;
+    default:
+      break;
   }
   store.add(column(i, c));
 }

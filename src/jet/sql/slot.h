@@ -70,8 +70,8 @@ class Slot {
   Heap::Row pinned_;
   const Value* values_ = nullptr;
   const int* place_ = nullptr;
-  std::vector<Value> cache_;       // decoded columns of a table row
-  std::vector<uint32_t> stamps_;   // cache_[i] belongs to the row of epoch stamps_[i]
+  std::vector<Value> cache_;      // decoded columns of a table row
+  std::vector<uint32_t> stamps_;  // cache_[i] belongs to the row of epoch stamps_[i]
   uint32_t epoch_ = 1;
 };
 

@@ -30,7 +30,8 @@ void runAlterTable(const ast::AlterTable& s, StatementContext& c);
 void runCreateIndex(const ast::CreateIndex& s, StatementContext& c);
 
 // Gives a column another type or size: the table is built anew under the same name.
-void changeColumn(const TableDef& table, int ordinal, const ast::ColumnDefinition& column, StatementContext& c);
+void changeColumn(const TableDef& table, int ordinal, const ast::ColumnDefinition& column,
+                  StatementContext& c);
 
 NewColumn toNewColumn(const ast::ColumnDefinition& column);
 

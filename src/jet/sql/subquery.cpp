@@ -60,8 +60,10 @@ Truth InSubquery::search(const Value& v, EvalContext& c) {
   rows_->open(c);
   while (rows_->next(c)) {
     const auto order = compare(v, rows_->value(0, c), c);
-    if (!order) sawNull = true;
-    else if (*order == 0) return true;
+    if (!order)
+      sawNull = true;
+    else if (*order == 0)
+      return true;
   }
   return sawNull ? Truth() : Truth(false);
 }
@@ -91,7 +93,8 @@ Truth InSubquery::test(EvalContext& c) {
   return found && negated_ ? Truth(!*found) : found;
 }
 
-QuantifiedSubquery::QuantifiedSubquery(ExpressionPtr operand, std::unique_ptr<Rows> rows, ast::Op op, bool all)
+QuantifiedSubquery::QuantifiedSubquery(ExpressionPtr operand, std::unique_ptr<Rows> rows, ast::Op op,
+                                       bool all)
     : Subquery(std::move(rows)), op_(op), all_(all) {
   type = Type::Boolean;
   operands.push_back(std::move(operand));
@@ -107,8 +110,10 @@ Truth QuantifiedSubquery::test(EvalContext& c) {
   bool sawNull = false;
   for (const Value& v : values_) {
     const auto order = compare(x, v, c);
-    if (!order) sawNull = true;
-    else if (holds(op_, *order) != all_) return !all_;
+    if (!order)
+      sawNull = true;
+    else if (holds(op_, *order) != all_)
+      return !all_;
   }
   return sawNull ? Truth() : Truth(all_);
 }
