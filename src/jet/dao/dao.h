@@ -144,6 +144,7 @@ class Database {
   Catalog& catalog();
   TableDefPtr tableDef(std::u16string_view name);  // 3265
   std::vector<std::u16string> tableNames();        // user tables
+  std::vector<Relation> relations();
   // Runs a change of the structure as one transaction.
   void define(const std::function<void(Catalog&)>& change);
 

@@ -86,6 +86,11 @@ std::vector<std::u16string> Database::tableNames() {
   return impl_->catalog->userTables();
 }
 
+std::vector<Relation> Database::relations() {
+  ReadScope scope(*opened(impl_).pager);
+  return impl_->catalog->relations();
+}
+
 void Database::define(const std::function<void(Catalog&)>& change) {
   Transaction transaction(*opened(impl_).pager);
   change(*impl_->catalog);
