@@ -58,12 +58,13 @@ std::unique_ptr<Recordset> Database::openRecordset(std::u16string_view source,
 int64_t Database::execute(std::u16string_view sql) {
   opened(impl_).recordsAffected = 0;
   impl_->recordsAffected = impl_->engine->execute(sql);
+  impl_->lastAutoNumber = impl_->engine->lastAutoNumber();
   return impl_->recordsAffected;
 }
 
 int64_t Database::recordsAffected() const { return impl_->recordsAffected; }
 
-int32_t Database::lastAutoNumber() const { return opened(impl_).engine->lastAutoNumber(); }
+int32_t Database::lastAutoNumber() const { return opened(impl_).lastAutoNumber; }
 
 void Database::stream(std::u16string_view sql, sql::RowSink& sink) {
   ReadScope scope(*opened(impl_).pager);

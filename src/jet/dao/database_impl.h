@@ -26,6 +26,7 @@ struct Database::Impl {
   std::unique_ptr<sql::Engine> engine;
   bool exclusive = false;
   int64_t recordsAffected = 0;
+  int32_t lastAutoNumber = 0;  // given by a statement or by AddNew, whichever was last
 
   ~Impl();
   // Joins the workspace, and its transaction when one is open.

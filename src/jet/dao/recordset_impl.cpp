@@ -94,8 +94,12 @@ void Recordset::Impl::find(std::u16string_view criterion, int64_t start, int ste
   }
 }
 
-Table Recordset::Impl::openTable() const {
-  return Table(*database.catalog, database.catalog->tableAt(plan->table->page), &database.engine->rules());
+Table& Recordset::Impl::openTable() {
+  TableDefPtr def = database.catalog->tableAt(plan->table->page);
+  if (!def) throw Error(3078, {plan->table->name}, kSource);
+  if (!table_ || &table_->def() != def.get())
+    table_ = std::make_unique<Table>(*database.catalog, std::move(def), &database.engine->rules());
+  return *table_;
 }
 
 RowId Recordset::Impl::currentRow() const {
@@ -134,7 +138,7 @@ void Recordset::Impl::storeEdit() {
   for (size_t i = 0; i < buffer.size(); ++i)
     if (buffer[i]) changes.push_back({static_cast<int>(i), *buffer[i]});
   Transaction transaction(*database.pager);
-  Table table = openTable();
+  Table& table = openTable();
   const auto now = table.read(row);
   if (!now) throw Error(3167, {}, kSource);
   if (*now != *original) throw Error(3197, {}, kSource);
@@ -145,8 +149,10 @@ void Recordset::Impl::storeEdit() {
 
 void Recordset::Impl::storeNew() {
   Transaction transaction(*database.pager);
-  const RowId row = openTable().insert(buffer);
+  Table& table = openTable();
+  const RowId row = table.insert(buffer);
   transaction.commit();
+  if (table.lastAutoNumber() != 0) database.lastAutoNumber = table.lastAutoNumber();
   plan->rows.push_back(row);
   lastModified = bookmarkOf(static_cast<int64_t>(plan->rows.size()) - 1);
 }
@@ -162,7 +168,7 @@ void Recordset::Impl::remove() {
   if (database.pager->readOnly()) throw Error(3027, {}, kSource);
   discardEdit();
   Transaction transaction(*database.pager);
-  Table table = openTable();
+  Table& table = openTable();
   if (!table.fetch(row)) throw Error(3167, {}, kSource);
   table.remove(row);
   transaction.commit();

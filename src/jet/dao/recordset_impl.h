@@ -27,7 +27,9 @@ struct Recordset::Impl {
   // Looks for the criterion from `start` in steps of `step`.
   void find(std::u16string_view criterion, int64_t start, int step);
 
-  Table openTable() const;
+  // The dynaset's table as it is now defined; stays open from call to call, so that many AddNews find their
+  // page and index trees at once.
+  Table& openTable();
   RowId currentRow() const;  // 3021, 3326 for a snapshot
   void beginEdit();
   void beginAdd();
@@ -53,6 +55,7 @@ struct Recordset::Impl {
   std::string lastModified;
 
  private:
+  std::unique_ptr<Table> table_;
   mutable std::vector<Value> cached_;  // values of cachedRow_ as of cachedChange_
   mutable RowId cachedRow_;
   mutable uint64_t cachedChange_ = 0;
