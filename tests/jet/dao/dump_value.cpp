@@ -135,7 +135,7 @@ std::string dumpText(std::u16string_view text) {
       out += "\\t";
     else if (c < 0x20 || (c >= 0x7F && c < 0xA0) || c == 0x2028 || c == 0x2029 || c == 0xFEFF || c >= 0xFFFE ||
              (c >= 0xD800 && c < 0xE000))
-      out += printed("\\u%04X", unsigned{c});
+      out += printed("\\u%04x", unsigned{c});
     else
       out += jet::toUtf8(text.substr(i, 1));
   }

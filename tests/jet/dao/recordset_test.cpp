@@ -139,7 +139,7 @@ TEST_F(RecordsetTest, RefusesWhatTheTableForbids) {
   EXPECT_EQ(totals->type(), jet::RecordsetType::Snapshot);
   EXPECT_FALSE(totals->updatable());
   EXPECT_EQ(errorOf([&] { totals->edit(); }), 3326);
-  EXPECT_EQ(errorOf([&] { db_->openRecordset(u"DELETE FROM osoby"); }), 3219);
+  EXPECT_EQ(errorOf([&] { db_->openRecordset(u"DELETE FROM osoby"); }), 3064);
 }
 
 TEST_F(RecordsetTest, TransactionsNestAndRollBack) {
