@@ -51,7 +51,12 @@ mdiMenu::mdiMenu(Session& session) : session_(session) {
   updateCommands();
 }
 
-mdiMenu::~mdiMenu() { session_.setFrame(nullptr); }
+// The forms go last; what they tell while they go is no longer this window's business.
+mdiMenu::~mdiMenu() {
+  children_->disconnect(this);
+  session_.disconnect(this);
+  session_.setFrame(nullptr);
+}
 
 void mdiMenu::buildMenus() {
   buildMenuBar(*menuBar(), mainMenu());

@@ -19,7 +19,6 @@ class dlgError : public QDialog {
   dlgError(Session& session, const Failure& failure, const QString& explanation, QWidget* parent);
   ~dlgError() override;
 
- protected:
   // Esc and the window's own closing continue.
   void reject() override { accept(); }
 

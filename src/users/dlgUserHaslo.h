@@ -29,7 +29,6 @@ class dlgUserHaslo : public QDialog {
   QString level() const { return level_; }
   QString typedPassword() const;
 
- protected:
   void reject() override;
 
  private:

@@ -30,7 +30,6 @@ class dlgUserLista : public QDialog {
   QString chosenName() const { return name_; }
   QString chosenLevel() const { return level_; }
 
- protected:
   void reject() override;
 
  private:
