@@ -105,7 +105,7 @@ class Tour {
   // Holders of the item and everything below it, read from the file.
   std::vector<int> holders(int item) {
     const auto rows = session_.database().openRecordset(
-        toEngine(QStringLiteral("SELECT indewi, parent, indpra FROM ewkar WHERE indewi = %1 OR parent > 0").arg(item)),
+        toU16(QStringLiteral("SELECT indewi, parent, indpra FROM ewkar WHERE indewi = %1 OR parent > 0").arg(item)),
         jet::RecordsetType::Snapshot);
     std::map<int, std::pair<int, int>> items;  // parent, holder
     for (; !rows->eof(); rows->moveNext()) {
