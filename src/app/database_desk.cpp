@@ -44,7 +44,10 @@ void DatabaseDesk::chooseFile() {
 
 bool DatabaseDesk::openFile(const QString& path) {
   const CatalogueEntry entry = checkedEntry(session_, path);
-  if (entry.path.isEmpty() || !closeForms()) return false;
+  if (entry.path.isEmpty() || !closeForms()) {
+    showCurrent();
+    return false;
+  }
   select(entry);
   return open(entry);
 }

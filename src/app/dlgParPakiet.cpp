@@ -158,7 +158,10 @@ bool dlgParPakiet::apply() {
 
 bool dlgParPakiet::foldersExist() {
   for (const FolderField& folder : std::as_const(folders_)) {
-    if (QFileInfo(folder.field->text().trimmed()).isDir()) continue;
+    const QString path = folder.field->text().trimmed();
+    // A built-in folder that nobody needed so far is made now; any other is to exist.
+    if (QDir(path) == QDir(builtInFolder(folder.setting))) QDir().mkpath(path);
+    if (!path.isEmpty() && QFileInfo(path).isDir()) continue;
     session_.messages().refuse(folder.refusal);
     ui_->tabParametry->setCurrentWidget(ui_->pagFoldery);
     folder.field->selectAll();

@@ -26,7 +26,9 @@ QString longDate(const QDate& date) {
          locale.toString(date, QStringLiteral("d MMMM yyyy"));
 }
 
-bool changesData(const MenuLine& line) { return line.need == Need::Change; }
+bool mayChange(const Session& session) {
+  return session.UserCanWrite() && session.databaseOpen() && !session.database().readOnly();
+}
 
 }  // namespace
 
@@ -101,8 +103,10 @@ void mdiMenu::buildToolBar() {
   const auto combo = [&](const QString& caption, const QString& comboName) {
     auto* box = new QComboBox(bar);
     box->setObjectName(comboName);
-    box->setMinimumContentsLength(22);
+    box->setMinimumContentsLength(14);
     box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    box->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    box->setMaximumWidth(fontMetrics().averageCharWidth() * 36);
     auto* label = new QLabel(caption, bar);
     label->setBuddy(box);
     label->setContentsMargins(fontMetrics().averageCharWidth(), 0, fontMetrics().averageCharWidth() / 2, 0);
@@ -122,7 +126,8 @@ void mdiMenu::buildStatusBar() {
   statusUser_->setObjectName(QStringLiteral("statusUser"));
   statusDate_ = new QLabel(longDate(session_.clock().today()), this);
   statusDate_->setObjectName(QStringLiteral("statusDate"));
-  statusText_->setContentsMargins(fontMetrics().averageCharWidth(), 0, 0, 0);
+  const int gap = fontMetrics().averageCharWidth();
+  for (QLabel* label : {statusText_, statusUser_, statusDate_}) label->setContentsMargins(gap, 0, gap, 0);
   statusBar()->addWidget(statusText_, 1);
   statusBar()->addPermanentWidget(statusUser_);
   statusBar()->addPermanentWidget(statusDate_);
@@ -183,7 +188,7 @@ bool mdiMenu::enabledNow(const MenuLine& line, const QString& menuName) const {
       return form && form->hasLayout();
     case Need::Active:
     case Need::Change:
-      return form && form->supports(*line.command) && (!changesData(line) || session_.UserCanWrite());
+      return form && form->supports(*line.command) && (line.need != Need::Change || mayChange(session_));
   }
   return false;
 }

@@ -39,7 +39,7 @@ dlgBazaRejestr::dlgBazaRejestr(Session& session, QWidget* parent)
   connect(ui_->lstBazy, &QTreeWidget::currentItemChanged, this, &dlgBazaRejestr::showChoice);
   connect(ui_->cmdDodaj, &QPushButton::clicked, this, &dlgBazaRejestr::add);
   connect(ui_->cmdUsun, &QPushButton::clicked, this, &dlgBazaRejestr::removeChosen);
-  connect(ui_->cmdAktywna, &QPushButton::clicked, this, &dlgBazaRejestr::toggleActive);
+  connect(ui_->cbAktywna, &QCheckBox::clicked, this, &dlgBazaRejestr::toggleActive);
   connect(ui_->cmdZamknij, &QPushButton::clicked, this, &QDialog::accept);
   fill(session.databaseName());
 }
@@ -67,8 +67,8 @@ void dlgBazaRejestr::fill(const QString& selected) {
 void dlgBazaRejestr::showChoice() {
   const QTreeWidgetItem* item = ui_->lstBazy->currentItem();
   ui_->cmdUsun->setEnabled(item);
-  ui_->cmdAktywna->setEnabled(item);
-  ui_->cmdAktywna->setChecked(item && item->data(kName, Qt::UserRole).toBool());
+  ui_->cbAktywna->setEnabled(item);
+  ui_->cbAktywna->setChecked(item && item->data(kName, Qt::UserRole).toBool());
 }
 
 void dlgBazaRejestr::add() {

@@ -104,8 +104,26 @@ class DesktopWindowSearch : public WindowSearch {
   void announce(const QString&, std::function<void()>) override {}
 
  private:
+  // The caption of a main window goes on with that of its child while one fills it.
   static HWND handle(const QString& caption) {
-    return FindWindowW(nullptr, reinterpret_cast<const wchar_t*>(caption.utf16()));
+    Wanted wanted{caption, nullptr};
+    EnumWindows(&compare, reinterpret_cast<LPARAM>(&wanted));
+    return wanted.found;
+  }
+
+  struct Wanted {
+    QString caption;
+    HWND found;
+  };
+
+  static BOOL CALLBACK compare(HWND window, LPARAM parameter) {
+    auto* wanted = reinterpret_cast<Wanted*>(parameter);
+    wchar_t text[512];
+    const QString caption = QString::fromWCharArray(text, GetWindowTextW(window, text, 512));
+    if (caption != wanted->caption && !caption.startsWith(wanted->caption + QStringLiteral(" - [")))
+      return TRUE;
+    wanted->found = window;
+    return FALSE;
   }
 };
 

@@ -32,7 +32,8 @@ QString builtInFolder(const QString& setting) {
   if (setting == u"Folder archiwum") return documents + QStringLiteral("/Archiwum");
   if (setting == u"Folder dokumenty") return documents + QStringLiteral("/Dokumenty");
   if (setting == u"Folder roboczy") return QDir::tempPath();
-  if (setting == u"Folder pomoc") return programFolder() + QStringLiteral("/Help");
+  const QString help = programFolder() + QStringLiteral("/Help");
+  if (setting == u"Folder pomoc" && QDir(help).exists()) return help;
   if (setting == u"Folder raport") return programFolder() + QStringLiteral("/Raporty");
   return programFolder();
 }

@@ -281,7 +281,7 @@ TEST_F(Checking, HandyListDialogAddsDeactivatesAndRemoves) {
   ASSERT_EQ(list->topLevelItemCount(), 1);
   EXPECT_EQ(list->topLevelItem(0)->text(0), QStringLiteral("firma.mdb"));
   EXPECT_EQ(list->topLevelItem(0)->text(2), QStringLiteral("Aktywna"));
-  child<QPushButton>(dialog, "cmdAktywna")->click();
+  child<QCheckBox>(dialog, "cbAktywna")->click();
   EXPECT_EQ(list->topLevelItem(0)->text(2), QStringLiteral("Nieaktywna"));
   EXPECT_FALSE(handyList(session)[0].active);
   child<QPushButton>(dialog, "cmdUsun")->click();
