@@ -37,6 +37,7 @@ class FaultFile : public File {
   }
   bool tryLock(uint64_t offset, uint64_t length, Lock kind) override {
     env_.step(false);
+    if (env_.onLock) env_.onLock();
     return file_->tryLock(offset, length, kind);
   }
   // A lock can always be given up: at the latest the closing of the file does it.
@@ -98,6 +99,11 @@ bool FaultEnvironment::removeOpened(const fs::path& path, std::unique_ptr<File> 
 void FaultEnvironment::rename(const fs::path& from, const fs::path& to) {
   step(true);
   base_.rename(from, to);
+}
+
+void FaultEnvironment::sleepMilliseconds(unsigned milliseconds) {
+  if (onSleep) onSleep();
+  base_.sleepMilliseconds(milliseconds);
 }
 
 void FaultEnvironment::syncFolder(const fs::path& path) {

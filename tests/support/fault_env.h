@@ -15,6 +15,8 @@ class FaultEnvironment : public Environment {
 
   MemoryEnvironment& base() { return base_; }
   std::function<void()> onChange;
+  // What others do before every attempt to lock, and during every pause.
+  std::function<void()> onLock, onSleep;
 
   // The `call`-th call from now on (1 is the next) throws `error`; with `forever` all later ones too. A write
   // that fails has done its first half.
@@ -30,7 +32,7 @@ class FaultEnvironment : public Environment {
   bool removeOpened(const std::filesystem::path& path, std::unique_ptr<File> file) override;
   void rename(const std::filesystem::path& from, const std::filesystem::path& to) override;
   void syncFolder(const std::filesystem::path& path) override;
-  void sleepMilliseconds(unsigned milliseconds) override { base_.sleepMilliseconds(milliseconds); }
+  void sleepMilliseconds(unsigned milliseconds) override;
   uint64_t monotonicMilliseconds() override { return base_.monotonicMilliseconds(); }
   double localTime() override { return base_.localTime(); }
   std::string computerName() override { return base_.computerName(); }

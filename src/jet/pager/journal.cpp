@@ -13,10 +13,11 @@ namespace {
 constexpr uint64_t kKeptSize = 4u << 20;  // a larger file is cut after its commit
 constexpr size_t kBuffer = 256 << 10;
 
+// Asks the system every time: a generator of one's own would repeat itself in a process that was forked, and
+// with the same salt the records of an earlier transaction would pass for those of this one.
 uint64_t freshSalt() {
-  static thread_local std::mt19937_64 random{(uint64_t{std::random_device{}()} << 32) ^
-                                             std::random_device{}()};
-  return random();
+  std::random_device random;
+  return uint64_t{random()} << 32 | random();
 }
 
 }  // namespace

@@ -218,12 +218,12 @@ TEST(Crash, JournalOfAnotherFileIsLeftAlone) {
   auto files = hotFiles();
   MemoryEnvironment backup;
   createDatabase(backup, kPath, 6);
-  for (uint32_t i = 0; i < 5; ++i) commitValue(*Pager::open(backup, kPath, {}), 2, 100 + i);
+  for (uint32_t i = 0; i < 5; ++i) commitValue(*Pager::open(backup, kPath, {}), 3, 100 + i);
   files->setContent(kPath, backup.content(kPath));
   const auto pager = Pager::open(*files, kPath, {});
-  EXPECT_EQ(valuesOf(*pager), (PageValues{0, 1, 104, 3, 4, 5}));
+  EXPECT_EQ(valuesOf(*pager), (PageValues{0, 1, 2, 104, 4, 5}));
   commitValue(*pager, 4, 44);
-  EXPECT_EQ(valuesOf(*Pager::open(*files, kPath, {})), (PageValues{0, 1, 104, 3, 44, 5}));
+  EXPECT_EQ(valuesOf(*Pager::open(*files, kPath, {})), (PageValues{0, 1, 2, 104, 44, 5}));
 }
 
 TEST(Crash, DamagedDeclaredJournalIsRefused) {

@@ -84,7 +84,8 @@ uint64_t failEverywhere(const Pager::Options& options, const Fault& fault, bool 
     env.heal();
     EXPECT_TRUE(error == 0 || error == fault.error) << error;
     if (pager) {
-      // The same object goes on.
+      // The same object goes on, with a read or with a change.
+      if (n % 2) commitValue(*pager, 7, 7);
       const PageValues found = valuesOf(*pager);
       EXPECT_TRUE(found == kBefore || found == kAfter) << testing::PrintToString(found);
       EXPECT_TRUE(error == 0 ? found == kAfter : true);

@@ -70,6 +70,22 @@ TEST(Pager, CommitsAndRollsBackNestedLevels) {
   EXPECT_FALSE(fs::exists(database.folder / "data.mdb-journal"));
 }
 
+// Pages that are in use stay as they are when the others make room.
+TEST(Pager, PagesInUseAreNotWrittenEarly) {
+  TemporaryDatabase database;
+  {
+    const auto pager = open(database.path, {.cachePages = 1, .dirtyPages = 2});
+    Transaction transaction(*pager);
+    PageEdit held = pager->write(3);
+    const PageView seen = pager->read(2);
+    for (PageNumber page = 4; page < 8; ++page) setValue(*pager, page, 10 + page);
+    fillPage(held, pager->layout(), 33);
+    EXPECT_EQ(valueOf(seen, pager->layout()), 2u);
+    transaction.commit();
+  }
+  EXPECT_EQ(valuesOf(*open(database.path)), (PageValues{0, 1, 2, 33, 14, 15, 16, 17}));
+}
+
 TEST(Pager, RefusesWhatIsNoDatabase) {
   TemporaryDatabase database;
   const auto damaged = [&](uint64_t offset, uint8_t value, uint64_t size) {

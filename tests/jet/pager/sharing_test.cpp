@@ -4,7 +4,7 @@
 
 #include "jet/format/text.h"
 #include "jet/pager/page_model.h"
-#include "support/memory_env.h"
+#include "support/fault_env.h"
 
 namespace jet::test {
 namespace {
@@ -63,9 +63,15 @@ TEST_F(Sharing, SlotsAreThoseOfTheLockFile) {
   copies[3].reset();
   const auto next = copy("NEXT");
   EXPECT_EQ(files_.content("data.ldb").substr(3 * 64, 4), "NEXT");
-  // Another program that knows only the slots keeps an exclusive opening out.
-  copies.clear();
-  commitValue(*next, 1, 5);
+}
+
+// A program that knows only the slots counts as well.
+TEST_F(Sharing, HeldSlotKeepsExclusiveOpeningOut) {
+  const auto other = files_.open("data.ldb", Environment::Open::CreateOrOpen);
+  ASSERT_TRUE(other->tryLock(0x10000002, 1, File::Lock::Exclusive));
+  EXPECT_EQ(errorOf([&] { copy("A", {.exclusive = true}); }), 3045);
+  const auto a = copy("A"), b = copy("B");
+  EXPECT_EQ(files_.content("data.ldb").substr(2 * 64, 1), "B");
 }
 
 TEST_F(Sharing, WriterIsNamedToTheOneWhoWaits) {
@@ -95,14 +101,63 @@ TEST_F(Sharing, ReaderKeepsHisStateAndTheWriterRollsBack) {
     EXPECT_EQ(errorOf([&] { commitValue(*writer, 2, 22); }), 3260);
     EXPECT_EQ(writer->level(), 0);
     EXPECT_EQ(valuesOf(*writer)[2], 2u);
-    // Both want to write while they read: one gives way at once, the other goes on.
-    ReadScope second(*writer);
-    reader->begin();
-    EXPECT_EQ(errorOf([&] { writer->begin(); }), 3260);
-    reader->rollback();
   }
   commitValue(*writer, 2, 22);
   EXPECT_EQ(valuesOf(*reader)[2], 22u);
+}
+
+TEST_F(Sharing, NewReadersWaitForTheWriterWhoWaitsForOldOnes) {
+  FaultEnvironment env(files_);
+  const auto writer = Pager::open(env, kPath, {});
+  const auto oldReader = copy("A"), newReader = copy("B", {.lockWaitMs = 0});
+  auto reading = std::make_unique<ReadScope>(*oldReader);
+  int entered = 0;
+  env.onSleep = [&] {
+    entered += errorOf([&] { valuesOf(*newReader); }) == 0;
+    reading.reset();
+  };
+  commitValue(*writer, 1, 11);
+  EXPECT_EQ(reading, nullptr);
+  EXPECT_EQ(entered, 0);
+  EXPECT_EQ(valuesOf(*newReader)[1], 11u);
+}
+
+// The reader would wait for the writer, who waits for him: he gives way at once.
+TEST_F(Sharing, ReaderWhoWantsToWriteGivesWayToTheWriterWhoWaitsForHim) {
+  FaultEnvironment env(files_);
+  const auto writer = Pager::open(env, kPath, {});
+  const auto reader = copy("A", {.lockWaitMs = 5000});
+  auto reading = std::make_unique<ReadScope>(*reader);
+  env.onSleep = [&] {
+    if (!reading) return;
+    const uint64_t start = files_.monotonicMilliseconds();
+    EXPECT_EQ(errorOf([&] { reader->begin(); }), 3260);
+    EXPECT_EQ(files_.monotonicMilliseconds(), start);
+    reading.reset();
+  };
+  commitValue(*writer, 1, 11);
+  EXPECT_EQ(reading, nullptr);
+}
+
+TEST_F(Sharing, FileReplacedWhileOpening) {
+  createDatabase(files_, "new.mdb", 9);
+  FaultEnvironment env(files_);
+  env.onLock = [&] {
+    if (files_.exists("new.mdb")) files_.rename("new.mdb", kPath);
+  };
+  EXPECT_EQ(valuesOf(*Pager::open(env, kPath, {})).size(), 9u);
+}
+
+// The last copy to leave removes the lock file that the next one has just opened.
+TEST_F(Sharing, LockFileRemovedWhileOpening) {
+  auto leaving = copy("A");
+  FaultEnvironment env(files_);
+  env.onLock = [&] { leaving.reset(); };
+  const auto b = Pager::open(env, kPath, {.lockWaitMs = 10});
+  env.onLock = nullptr;
+  const auto c = copy("C", {.lockWaitMs = 10});
+  Transaction writing(*b);
+  EXPECT_EQ(errorOf([&] { c->begin(); }), 3260);
 }
 
 TEST_F(Sharing, CountersMoveWithCommitsOnly) {
