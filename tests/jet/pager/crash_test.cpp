@@ -119,7 +119,7 @@ Tally crashEverywhere(uint64_t seed, int transactions, Version version, const Pa
 }
 
 TEST(Crash, LeavesTheOldOrTheNewState) {
-  const int transactions = longRun() ? 300 : 40;
+  const int transactions = longRun() ? 300 : 20;
   Tally sum;
   const struct {
     Version version;
