@@ -83,19 +83,39 @@ std::vector<Value> RowStore::indexedValues(const RowReader& row) const {
   return values;
 }
 
-void RowStore::checkKey(const RealIndex& index, std::span<const Value> values,
-                        const std::optional<std::string>& key, RowId self) const {
-  bool someNull = false;
+// Keys in an order that is not known byte for byte are neither made nor found.
+void RowStore::requireKnownOrder(const RealIndex& index) const {
   for (const IndexColumn& part : index.columns) {
     const ColumnDef& column = def_->columns[part.ordinal];
-    // A boolean is never Null; an absent one is False.
-    if (values[part.ordinal].isNull() && column.type() != Type::Boolean) someNull = true;
     const bool text = column.type() == Type::Text || column.type() == Type::Memo;
-    if (text && !Collation::get(column.lcid, isJet3(*def_)).isExact()) throw Error(3027);
+    if (text && !Collation::get(column.lcid, isJet3(*def_)).isExact()) throw Error(3027, {}, "DAO.Recordset");
   }
-  if (someNull && index.required) throw Error(3058, {}, "DAO.Recordset");
-  if (!index.unique || someNull || !key) return;
-  if (treeOf(pager_, *def_, index).containsKey(asBytes(*key), self)) throw Error(3022, {}, "DAO.Recordset");
+}
+
+// A boolean is never Null; an absent one is False.
+bool RowStore::hasNull(const RealIndex& index, std::span<const Value> values) const {
+  return std::any_of(index.columns.begin(), index.columns.end(), [&](const IndexColumn& part) {
+    return values[part.ordinal].isNull() && def_->columns[part.ordinal].type() != Type::Boolean;
+  });
+}
+
+// `keys` by index; those of `unchanged` indexes are good as they are.
+void RowStore::checkKeys(std::span<const Value> values, std::span<const std::optional<std::string>> keys,
+                         std::span<const std::optional<std::string>> unchanged, RowId self) const {
+  const auto each = [&](const auto& check) {
+    for (size_t i = 0; i < keys.size(); ++i) {
+      if (unchanged.empty() || keys[i] != unchanged[i]) check(def_->realIndexes[i], keys[i]);
+    }
+  };
+  each([&](const RealIndex& index, const auto&) {
+    if (index.required && hasNull(index, values)) throw Error(3058, {}, "DAO.Recordset");
+  });
+  each([&](const RealIndex& index, const std::optional<std::string>& key) {
+    if (index.unique && key && !hasNull(index, values) &&
+        treeOf(pager_, *def_, index).containsKey(asBytes(*key), self)) {
+      throw Error(3022, {}, "DAO.Recordset");
+    }
+  });
 }
 
 std::string RowStore::writeLongValue(int ordinal, const Value& value) const {
@@ -166,9 +186,10 @@ RowId RowStore::insert(std::span<const Value> values, std::optional<int32_t> las
   std::vector<std::string> longValues(row.size());
   std::vector<std::optional<std::string>> keys;
   for (const RealIndex& index : def_->realIndexes) {
+    requireKnownOrder(index);
     keys.push_back(key(index, values));
-    checkKey(index, values, keys.back(), {});
   }
+  checkKeys(values, keys, {}, {});
   for (size_t i = 0; i < row.size(); ++i) {
     if (def_->columns[i].isLongValue()) longValues[i] = writeLongValue(static_cast<int>(i), row[i]);
   }
@@ -202,8 +223,12 @@ void RowStore::update(RowId row, std::span<const Change> changes) {
   for (const RealIndex& index : def_->realIndexes) {
     oldKeys.push_back(key(index, before));
     newKeys.push_back(key(index, after));
-    if (oldKeys.back() != newKeys.back()) checkKey(index, after, newKeys.back(), row);
+    const bool touched =
+        std::any_of(index.columns.begin(), index.columns.end(),
+                    [&](const IndexColumn& part) { return before[part.ordinal] != after[part.ordinal]; });
+    if (touched) requireKnownOrder(index);
   }
+  checkKeys(after, newKeys, oldKeys, row);
 
   for (size_t i = 0; i < values.size(); ++i) {
     const int ordinal = static_cast<int>(i);

@@ -31,7 +31,7 @@ class RowStore {
   RowId insert(std::span<const Value> values, std::optional<int32_t> lastAutoNumber = {});
   // Columns not named keep what they hold. Throws 3167 when the row is gone, and what insert throws.
   void update(RowId row, std::span<const Change> changes);
-  // Throws 3167 when the row is gone.
+  // Throws 3167 when the row is gone, 3027 as insert does.
   void remove(RowId row);
 
   // One column of a row, long values followed.
@@ -46,8 +46,10 @@ class RowStore {
 
  private:
   std::vector<Value> indexedValues(const RowReader& row) const;
-  void checkKey(const RealIndex& index, std::span<const Value> values, const std::optional<std::string>& key,
-                RowId self) const;
+  void requireKnownOrder(const RealIndex& index) const;
+  bool hasNull(const RealIndex& index, std::span<const Value> values) const;
+  void checkKeys(std::span<const Value> values, std::span<const std::optional<std::string>> keys,
+                 std::span<const std::optional<std::string>> unchanged, RowId self) const;
   uint64_t insertKey(size_t index, const std::string& key, RowId row) const;
   void removeKey(size_t index, const std::string& key, RowId row) const;
   std::string encode(std::vector<Value>& values, std::vector<std::string>& longValues) const;

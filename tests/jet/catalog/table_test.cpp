@@ -125,7 +125,7 @@ TEST_F(TableTest, EachRefusalHasItsNumberAndLeavesNothingBehind) {
       u"t",
       {column(u"id", Type::Long), column(u"number", Type::Long), column(u"name", Type::Text, 10),
        column(u"memo", Type::Memo), column(u"parent", Type::Long), column(u"code", Type::Text, 5)},
-      {index(u"PrimaryKey", {{u"id", false}}), index(u"pair", {{u"number", true}, {u"name", false}})},
+      {index(u"pair", {{u"number", true}, {u"name", false}}), index(u"PrimaryKey", {{u"id", false}})},
       u"< 1000",
       u""};
   made.columns[1].validationRule = u"< 100";
@@ -133,8 +133,8 @@ TEST_F(TableTest, EachRefusalHasItsNumberAndLeavesNothingBehind) {
   made.columns[2].required = true;
   made.columns[2].allowZeroLength = false;
   made.columns[3].validationRule = u"<> zakazane";
-  made.indexes[0].primary = true;
-  made.indexes[1].unique = true;
+  made.indexes[0].unique = true;
+  made.indexes[1].primary = true;
   catalog().createTable(made);
   Relation relation{u"rel", u"parent", u"t", {{u"id", u"parent"}}};
   catalog().createRelation(relation);
