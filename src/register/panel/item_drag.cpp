@@ -55,10 +55,15 @@ ItemDrag::ItemDrag(std::vector<ItemTreeView*> trees, EmployeeList* employees, QW
   connect(&scrollTimer_, &QTimer::timeout, this, &ItemDrag::autoScroll);
 }
 
+ItemDrag::~ItemDrag() {
+  if (dragging()) QApplication::restoreOverrideCursor();
+}
+
 bool ItemDrag::eventFilter(QObject* watched, QEvent* event) {
-  const auto isTree = [watched](const ItemTreeView* tree) { return tree->viewport() == watched; };
-  const bool ofTree = std::any_of(trees_.begin(), trees_.end(), isTree);
-  if (dynamic_cast<QMouseEvent*>(event) && !ofTree) return false;
+  if (dynamic_cast<QMouseEvent*>(event)) {
+    const auto isTree = [watched](const ItemTreeView* tree) { return tree->viewport() == watched; };
+    if (std::none_of(trees_.begin(), trees_.end(), isTree)) return false;
+  }
   switch (event->type()) {
     case QEvent::MouseButtonPress: {
       const auto& mouse = static_cast<const QMouseEvent&>(*event);

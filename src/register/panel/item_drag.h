@@ -30,6 +30,7 @@ class ItemDrag : public QObject {
   };
 
   ItemDrag(std::vector<ItemTreeView*> trees, EmployeeList* employees, QWidget* panel);
+  ~ItemDrag() override;
 
   // Whether a drag may begin: asked once, at its beginning.
   std::function<bool()> mayBegin;
