@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "people/dictionary_forms.h"
+#include "register/card_list_form.h"
 #include "register/dlgParRejEwi.h"
 #include "register/panel/karEWPAN.h"
 #include "register/require_register.h"
@@ -18,6 +19,7 @@ const QMap<QString, Maker>& makers() {
   static const QMap<QString, Maker> forms = [] {
     QMap<QString, Maker> made;
     made[QStringLiteral("karEWPAN")] = [](Session& session) { return new karEWPAN(session); };
+    made[QStringLiteral("karEWKAR")] = [](Session& session) { return new karEWKAR(session); };
     made[QStringLiteral("dlgParRejEwi")] = [](Session& session) -> ChildForm* {
       return requireRegister(session) ? new dlgParRejEwi(session) : nullptr;
     };

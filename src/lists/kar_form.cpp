@@ -62,6 +62,7 @@ class RowKeeper {
 
 void Conditions::add(const QString& condition, const QString& words) {
   text += condition;
+  removable |= !condition.isEmpty() && !words.isEmpty();
   if (words.isEmpty()) return;
   if (!description.isEmpty() && !description.endsWith(u"; ")) description += QStringLiteral("; ");
   description += words;
@@ -80,7 +81,7 @@ KarForm::KarForm(Session& session, const QString& formName, QList<ListColumn> co
   page_->setSpacing(4);
   quickDelay_.setSingleShot(true);
   quickDelay_.setInterval(kQuickDelay);
-  connect(&quickDelay_, &QTimer::timeout, this, [this] { KarRefresh(); });
+  connect(&quickDelay_, &QTimer::timeout, this, &KarForm::requery);
   connect(grid_, &ListGrid::openRequested, this, [this] {
     if (session_.settings().program().openOnDoubleClick || !QApplication::mouseButtons())
       run(Command::Popraw);
@@ -108,7 +109,7 @@ void KarForm::open() {
   setFocusProxy(grid_);
   grid_->setFontSize(session_.settings().program().listFontSize);
   readLayout();
-  query();
+  KarRefresh();
 }
 
 void KarForm::buildDescriptionBar() {
@@ -134,7 +135,10 @@ void KarForm::buildDescriptionBar() {
   cmdBezFiltru_->setIcon(icon("delete"));
   cmdBezFiltru_->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
   connect(cmdBezFiltru_, &QToolButton::clicked, this, [this] {
-    clearQuickFilters();
+    {
+      const Loading loading(*this);
+      clearQuickFilters();
+    }
     KarRefresh({}, {}, {}, {}, false);
     grid_->setFocus();
   });
@@ -199,7 +203,7 @@ bool KarForm::query() {
     if (!filter_.name.isEmpty())
       all.add({}, QStringLiteral("Filtr „") + filter_.name + QStringLiteral("”: ") + filter_.description);
     description_ = all.description;
-    narrowed_ = !filter_.name.isEmpty() || !quick.text.isEmpty();
+    removable_ = !filter_.name.isEmpty() || quick.removable;
     showDescription();
     rowsChanged();
     Q_EMIT commandsChanged();
@@ -211,7 +215,7 @@ void KarForm::showDescription() {
   if (shown.endsWith(u';')) shown.chop(1);
   labOpis_->setText(shown);
   pboxOpis_->setVisible(!shown.isEmpty());
-  cmdBezFiltru_->setVisible(narrowed_);
+  cmdBezFiltru_->setVisible(removable_);
 }
 
 void KarForm::sortBy(int column, bool add) {
@@ -221,12 +225,19 @@ void KarForm::sortBy(int column, bool add) {
   model_->setSort(sortKeys(sort_));
 }
 
-void KarForm::KarRefresh() {
-  if (busy_ > 0) {
+void KarForm::requery() {
+  if (busy_ > 0)
     refreshPending_ = true;
-    return;
+  else
+    query();
+}
+
+void KarForm::KarRefresh() {
+  if (busy_ == 0) {
+    const Loading loading(*this);
+    guarded(session_, "KarRefresh", [this] { reloadChoices(); });
   }
-  query();
+  requery();
 }
 
 void KarForm::KarRefresh(const QString& filterName, const QString& condition, const QString& sums,
@@ -329,13 +340,16 @@ void KarForm::copyMarkedRows(bool currentToo) {
 void KarForm::addQuickText(QLineEdit* field) {
   field->setClearButtonEnabled(true);
   field->installEventFilter(this);
-  connect(field, &QLineEdit::textChanged, &quickDelay_, qOverload<>(&QTimer::start));
-  connect(field, &QLineEdit::returnPressed, this, [this] { KarRefresh(); });
+  connect(field, &QLineEdit::textChanged, this, [this] {
+    if (loading_ == 0) quickDelay_.start();
+  });
+  connect(field, &QLineEdit::returnPressed, this, &KarForm::requery);
 }
 
 void KarForm::addQuickCombo(QComboBox* combo) {
-  combo->installEventFilter(this);
-  connect(combo, &QComboBox::activated, this, [this] { KarRefresh(); });
+  connect(combo, &QComboBox::currentIndexChanged, this, [this] {
+    if (loading_ == 0) requery();
+  });
 }
 
 bool KarForm::eventFilter(QObject* watched, QEvent* event) {
@@ -344,11 +358,11 @@ bool KarForm::eventFilter(QObject* watched, QEvent* event) {
     if (auto* field = qobject_cast<QLineEdit*>(watched)) {
       if (key == Qt::Key_Escape && !field->text().isEmpty()) {
         field->clear();
-        KarRefresh();
+        requery();
         return true;
       }
       if (key == Qt::Key_Down || key == Qt::Key_PageDown) {
-        if (quickDelay_.isActive()) KarRefresh();
+        if (quickDelay_.isActive()) requery();
         grid_->setFocus();
         return true;
       }

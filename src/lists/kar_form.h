@@ -18,8 +18,9 @@ namespace tandeko {
 struct Conditions {
   QString text;
   QString description;
+  bool removable = false;  // something that "Usuń filtr" takes away
 
-  // Adds a condition; `words` may be empty.
+  // Adds a condition and what it says in words; each may be empty. One that has both is removable.
   void add(const QString& condition, const QString& words);
 };
 
@@ -92,6 +93,8 @@ class KarForm : public ChildForm {
   // The whole statement without its order.
   virtual QString buildStatement(const QString& quickCondition, const QString& filterCondition) const = 0;
   virtual void clearQuickFilters() = 0;
+  // Fills the combos of the quick filters anew; what was chosen stays.
+  virtual void reloadChoices() {}
   // After new rows are shown.
   virtual void rowsChanged() {}
   virtual void storeLayout(bool /*save*/) {}
@@ -100,15 +103,28 @@ class KarForm : public ChildForm {
   virtual void editRecord() {}
   virtual void deleteRecords() {}
 
+  class Loading {
+   public:
+    explicit Loading(KarForm& form) : form_(form) { ++form_.loading_; }
+    ~Loading() { --form_.loading_; }
+    Loading(const Loading&) = delete;
+    Loading& operator=(const Loading&) = delete;
+
+   private:
+    KarForm& form_;
+  };
+
   // Registry group of the form's own layout values.
   QString layoutGroup() const;
   // The list follows what is typed after a short pause; Enter does so at once, Esc clears, Down goes to
-  // the rows.
+  // the rows. A combo counts when its choice changes, except while `Loading` lives.
   void addQuickText(QLineEdit* field);
   void addQuickCombo(QComboBox* combo);
   // To be called by the constructor of the form when all is built.
   void open();
   bool query();
+  // query(), put off while the form is busy.
+  void requery();
   // Closes the form together with the window of the frame around it.
   void closeWindow();
 
@@ -134,9 +150,10 @@ class KarForm : public ChildForm {
   QString sort_;
   QString statement_;
   QString description_;
-  bool narrowed_ = false;  // a condition that the user can take away is active
+  bool removable_ = false;
   AppliedFilter filter_;
   int busy_ = 0;
+  int loading_ = 0;
   bool refreshPending_ = false;
 };
 

@@ -90,6 +90,16 @@ QString replaceUnquoted(const QString& text, const QString& what, const QString&
   return result;
 }
 
+QString likeText(const QString& typed) {
+  QString text;
+  for (qsizetype at = 0; at < typed.size(); ++at) {
+    const bool open = typed[at] == u'[' && typed.indexOf(u']', at + 1) < 0;
+    text += open ? QStringLiteral("[[]") : QString(typed[at]);
+    if (typed[at] == u'\'') text += u'\'';
+  }
+  return text;
+}
+
 QList<QueryColumn> queryColumns(const QString& select) {
   const QString word = QStringLiteral("SELECT");
   const qsizetype begin = findOutside(select, word);

@@ -15,6 +15,10 @@ QStringList splitOutside(const QString& text, const QString& word);
 // Replaces what stands outside of quotes only, parentheses or not; case ignored.
 QString replaceUnquoted(const QString& text, const QString& what, const QString& by);
 
+// What a user typed, for use inside of LIKE '...': quotes doubled; "*", "?" and "#" keep their meaning, "["
+// too when it is closed.
+QString likeText(const QString& typed);
+
 // A column of a SELECT list: the expression, and the name after " As " or else the field's own.
 struct QueryColumn {
   QString expression;
