@@ -10,7 +10,8 @@
 #include <numeric>
 
 #include "errors/error_reporter.h"
-#include "lists/long_work.h"
+#include "lists/dlgFiltrUstaw.h"
+#include "lists/dlgZnajdz.h"
 #include "lists/row_copy.h"
 #include "platform/resources.h"
 #include "platform/text.h"
@@ -295,6 +296,11 @@ void KarForm::run(Command command) {
       return editRecord();
     case Command::Usun:
       return deleteRecords();
+    case Command::Znajdz:
+      return dlgZnajdz::open(session_, *this);
+    case Command::Filtr:
+      dlgFiltrUstaw(session_, *this, window()).exec();
+      return;
     case Command::ZaznaczWiersze:
       return markRows();
     case Command::KopiujWiersze:
@@ -380,6 +386,7 @@ void KarForm::keyPressEvent(QKeyEvent* event) {
     return;
   }
   if (event->key() == Qt::Key_F5) return KarRefresh();
+  if (event->key() == Qt::Key_F3 && supports(Command::Znajdz)) return dlgZnajdz::repeat(session_, *this);
   ChildForm::keyPressEvent(event);
 }
 

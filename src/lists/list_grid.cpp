@@ -152,12 +152,12 @@ QList<int> ListGrid::selectedRows() const {
   return rows;
 }
 
-void ListGrid::goToRow(int row) {
+void ListGrid::goToRow(int row, int wanted) {
   if (row < 0 || row >= model_.rows()) return;
   const QList<int> columns = shownColumns();
-  const int column = currentIndex().isValid() && !isColumnHidden(currentIndex().column())
-                         ? currentIndex().column()
-                         : columns.value(0);
+  int column = wanted;
+  if (column < 0 || isColumnHidden(column)) column = currentIndex().column();
+  if (column < 0 || isColumnHidden(column)) column = columns.value(0);
   const QModelIndex index = model_.index(row, column);
   setCurrentIndex(index);
   scrollTo(index);

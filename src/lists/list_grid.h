@@ -49,7 +49,8 @@ class ListGrid : public QTableView {
   QList<int> selectedRows() const;
   int currentRow() const { return currentIndex().row(); }
   // Makes the row the current and only selected one and shows it.
-  void goToRow(int row);
+  // A column brings that cell into view.
+  void goToRow(int row, int column = -1);
   void selectRows(const QList<int>& ascending);
 
  Q_SIGNALS:
