@@ -88,7 +88,10 @@ class SelectBinder {
       }
       addItem(*written.expr, written.alias);
     }
-    for (const ast::Expr* e : extra_.items) addItem(*e, {});
+    for (const ast::Expr* e : extra_.items) {
+      addItem(*e, {});
+      items_.back().slot = nullptr;  // takes no part in the naming
+    }
   }
 
   void addItem(const ast::Expr& e, const std::u16string& alias) {

@@ -7,7 +7,8 @@
 // ALTER COLUMN. The stored form of every row depends on the column types, so the table is written anew:
 //  1. relationships of the table are noted and dropped
 //  2. a table with the changed column, the same indexes and properties is created under another name
-//  3. the rows are copied, the column's values converted
+//  3. the rows are copied, the column's values converted; what they must fulfil comes after them, since rows
+//     may be older than the demand
 //  4. the old table is dropped, the new one takes its name, the relationships come back
 namespace jet::sql {
 
@@ -20,8 +21,6 @@ NewColumn copyOf(const TableDef& table, const ColumnDef& column) {
   const bool sized = column.type() == Type::Text || column.type() == Type::Binary;
   copy.size = sized ? column.size(table.rowLayout.file->version) : 0;
   copy.autoNumber = column.autoNumber;
-  copy.required = column.required;
-  if (column.properties.find(u"AllowZeroLength")) copy.allowZeroLength = column.allowZeroLength;
   copy.compressed = column.layout.compressed;
   copy.defaultValue = column.defaultValue;
   copy.validationRule = column.validationRule;
@@ -35,12 +34,11 @@ NewColumn copyOf(const TableDef& table, const ColumnDef& column) {
 NewColumn changed(NewColumn copy, const ast::ColumnDefinition& written) {
   NewColumn column = toNewColumn(written);
   column.name = copy.name;
-  column.required = written.required;
+  column.required = false;
   if (written.defaultValue.empty()) column.defaultValue = copy.defaultValue;
   column.validationRule = std::move(copy.validationRule);
   column.validationText = std::move(copy.validationText);
   column.description = std::move(copy.description);
-  if (column.type == Type::Text || column.type == Type::Memo) column.allowZeroLength = copy.allowZeroLength;
   return column;
 }
 
@@ -62,14 +60,23 @@ std::vector<NewIndex> indexesOf(const TableDef& table) {
   return indexes;
 }
 
-// Properties that the definition of a new column does not carry: formats, captions, ...
+bool isDemand(const Property& property) {
+  return sameName(property.name, u"Required") || sameName(property.name, u"AllowZeroLength");
+}
+
+// Demands on the values, and what the definition of a new column does not carry: formats, captions, ...
 void copyProperties(const TableDef& from, const std::u16string& to, const TableDef& created,
-                    StatementContext& c) {
+                    const std::u16string& changed, StatementContext& c) {
   for (const ColumnDef& column : from.columns) {
-    const int ordinal = created.columnOrdinal(column.name);
-    for (const Property& property : column.properties.items)
-      if (ordinal >= 0 && !created.columns[static_cast<size_t>(ordinal)].properties.find(property.name))
-        c.catalog.setColumnProperty(to, column.name, property);
+    const ColumnDef& copy = created.columns[static_cast<size_t>(created.columnOrdinal(column.name))];
+    const bool isText = copy.type() == Type::Text || copy.type() == Type::Memo;
+    for (const Property& property : column.properties.items) {
+      if (isDemand(property)
+              ? sameName(column.name, changed) && (!isText || sameName(property.name, u"Required"))
+              : copy.properties.find(property.name) != nullptr)
+        continue;
+      c.catalog.setColumnProperty(to, column.name, property);
+    }
   }
   for (const Property& property : from.properties.items) c.catalog.setTableProperty(to, property);
 }
@@ -116,10 +123,16 @@ void changeColumn(const TableDef& table, int ordinal, const ast::ColumnDefinitio
   fresh.validationRule = old->validationRule;
   fresh.validationText = old->validationText;
   const TableDefPtr created = c.catalog.createTable(fresh);
-  copyProperties(*old, fresh.name, *created, c);
   {
-    Table from(c.catalog, old), to(c.catalog, c.table(fresh.name));
+    Table from(c.catalog, old), to(c.catalog, created);
     copyRows(from, to, c.context);
+  }
+  const std::u16string& name = old->columns[static_cast<size_t>(ordinal)].name;
+  copyProperties(*old, fresh.name, *created, name, c);
+  if (column.required) {
+    PropertySet required;
+    required.setBoolean(u"Required", true);
+    c.catalog.setColumnProperty(fresh.name, name, required.items[0]);
   }
   c.catalog.dropTable(old->name);
   c.catalog.renameTable(fresh.name, old->name);

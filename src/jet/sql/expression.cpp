@@ -196,23 +196,32 @@ Value FunctionCall::value(EvalContext& c) {
 }
 
 Value Choice::value(EvalContext& c) {
+  Expression* chosen = choose(c);
+  if (!chosen) return {};
+  Value v = chosen->value(c);
+  // All branches come in the common type that the column is said to have.
+  const bool fits = v.isNull() || type == Type::Null || v.type() == heldType(type);
+  return fits ? v : convertFor(type, 0, v, c);
+}
+
+Expression* Choice::choose(EvalContext& c) {
   Value scratch;
   switch (kind) {
     case Kind::IIf:
-      return operands[isTrue(operands[0]->test(c)) ? 1 : 2]->value(c);
+      return operands[isTrue(operands[0]->test(c)) ? 1 : 2].get();
     case Kind::Choose: {
       const Value& n = operands[0]->view(c, scratch);
-      if (n.isNull()) return {};
+      if (n.isNull()) return nullptr;
       const int64_t which = toInteger(n);
-      if (which < 1 || which >= static_cast<int64_t>(operands.size())) return {};
-      return operands[static_cast<size_t>(which)]->value(c);
+      if (which < 1 || which >= static_cast<int64_t>(operands.size())) return nullptr;
+      return operands[static_cast<size_t>(which)].get();
     }
     case Kind::Switch:
       for (size_t i = 0; i + 1 < operands.size(); i += 2)
-        if (isTrue(operands[i]->test(c))) return operands[i + 1]->value(c);
-      return {};
+        if (isTrue(operands[i]->test(c))) return operands[i + 1].get();
+      return nullptr;
   }
-  return {};
+  return nullptr;
 }
 
 void splitConjunction(ExpressionPtr condition, std::vector<ExpressionPtr>& parts) {

@@ -180,6 +180,9 @@ class Choice : public Operation {
   explicit Choice(Kind k) : kind(k) {}
   Value value(EvalContext& c) override;
   const Kind kind;
+
+ private:
+  Expression* choose(EvalContext& c);  // nullptr: nothing applies
 };
 
 // Appends the parts of a condition that are joined by And.

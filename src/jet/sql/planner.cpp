@@ -16,7 +16,7 @@ namespace {
 using Slots = std::vector<const Slot*>;
 using Conditions = std::vector<ExpressionPtr>;
 
-constexpr double kSeekCost = 3, kFetchCost = 1.5, kBuildCost = 2, kUnknownRows = 1000;
+constexpr double kSeekCost = 3, kFetchCost = 1.5, kBuildCost = 4, kUnknownRows = 1000;
 constexpr size_t kMostStarts = 8;   // inputs up to which every one is tried as the first
 constexpr double kSmallTable = 32;  // rows; not worth a hash table of its own
 
@@ -51,17 +51,30 @@ std::vector<Expression*> raw(const Conditions& conditions) {
   return list;
 }
 
-// Distinct values that a column may have: the rows of its table when it is a key.
-double distinctValues(const Expression& e) {
+// Distinct values of a column: the rows of its table when it is a key, otherwise a guess.
+struct Distinct {
+  double values = 1;
+  bool isKey = false;
+};
+
+Distinct distinctValues(const Expression& e) {
   const auto* column = dynamic_cast<const ColumnExpression*>(&e);
-  if (!column || !column->slot->table()) return 1;
+  if (!column || !column->slot->table()) return {};
   const TableDef& def = column->slot->table()->def();
-  for (const RealIndex& index : def.realIndexes)
-    if (index.columns.size() == 1 && index.columns[0].ordinal == column->ordinal)
-      return index.unique || index.uniqueEntries == 0
-                 ? std::max(1.0, def.rowCount / (index.unique ? 1.0 : 10.0))
-                 : index.uniqueEntries;
-  return std::max(1.0, def.rowCount / 10.0);
+  const double rows = std::max(1.0, static_cast<double>(def.rowCount));
+  for (const RealIndex& index : def.realIndexes) {
+    if (index.columns.size() != 1 || index.columns[0].ordinal != column->ordinal) continue;
+    if (index.unique) return {rows, true};
+    if (index.uniqueEntries > 0) return {static_cast<double>(index.uniqueEntries), false};
+  }
+  return {std::max(1.0, rows / 10), false};
+}
+
+// Of how many combinations of two rows one fulfils an equality. Each row has at most one partner with a key.
+double combinations(const Expression& a, const Expression& b) {
+  const Distinct x = distinctValues(a), y = distinctValues(b);
+  if (x.isKey != y.isKey) return x.isKey ? x.values : y.values;
+  return std::max(x.values, y.values);
 }
 
 // The sides of an equality between the rows at hand and a further input.
@@ -262,7 +275,7 @@ class Planner {
       const auto link = linkOf(*condition, input.slots, local_, known);
       if (link) {
         result.isLinked = true;
-        factor = std::max(factor, std::max(distinctValues(*link->added), distinctValues(*link->known)));
+        factor = std::max(factor, combinations(*link->added, *link->known));
       }
       Slots used = restricted(slotsOf(*condition), local_);
       std::erase_if(used, [&](const Slot* s) { return contains(input.slots, s); });

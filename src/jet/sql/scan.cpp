@@ -34,7 +34,9 @@ void IndexSeek::open(EvalContext& c) {
   whole_.reset();
   range_ = row_ = 0;
   collected_ = false;
-  if (!addRanges(c) || access_.isPoint()) return;
+  const size_t columns = slot_.table()->def().realIndexes[static_cast<size_t>(access_.index)].columns.size();
+  // Entries of one whole key come in the order of the pages as they are.
+  if (!addRanges(c) || access_.equal.size() == columns) return;
   std::sort(ranges_.begin(), ranges_.end(), [](const auto& a, const auto& b) { return a.low < b.low; });
   const auto same = [](const auto& a, const auto& b) { return a.low == b.low && a.high == b.high; };
   ranges_.erase(std::unique(ranges_.begin(), ranges_.end(), same), ranges_.end());

@@ -32,7 +32,7 @@ struct IndexAccess {
   InListExpression* list = nullptr;
   double estimate = 0;  // rows expected
 
-  // Equality on all that is there: entries of one key come in the order of the pages.
+  // Nothing but equality.
   bool isPoint() const { return !low && !high && !like && !list; }
 };
 
@@ -57,7 +57,7 @@ class IndexSeek : public PlanNode {
   std::vector<Table::KeyRange> ranges_;
   size_t range_ = 0;
   std::optional<Table::IndexScan> scan_;
-  // Ranges of several keys: the rows in the order of the pages, or a whole scan when there are too many.
+  // Ranges of different keys: the rows in the order of the pages, or a whole scan when there are too many.
   bool collected_ = false;
   std::vector<RowId> rows_;
   size_t row_ = 0;

@@ -15,7 +15,8 @@ namespace jet::sql::test {
 class SqlDatabase {
  public:
   explicit SqlDatabase(uint16_t lcid = 0x0415)
-      : path_(std::filesystem::temp_directory_path() / ("sql-test-" + std::to_string(std::random_device()()) + ".mdb")),
+      : path_(std::filesystem::temp_directory_path() /
+              ("sql-test-" + std::to_string(std::random_device()()) + ".mdb")),
         pager_(Pager::create(Environment::system(), path_, Version::Jet4, Catalog::kEmptyDatabasePages)),
         catalog_(Catalog::createDatabase(*pager_, lcid, {})) {
     pager_->commit();
@@ -51,6 +52,17 @@ class SqlDatabase {
     if (!split.rest.empty()) engine_->execute(split.rest);
   }
 
+  // A statement for each number from 0, `%` replaced by it, all in one transaction.
+  void repeat(int count, const std::string& sql) {
+    Transaction transaction(*pager_);
+    for (int i = 0; i < count; ++i) {
+      std::string text;
+      for (const char c : sql) text += c == '%' ? std::to_string(i) : std::string(1, c);
+      engine_->execute(fromUtf8(text));
+    }
+    transaction.commit();
+  }
+
   // "a|b; c|d": rows as text, Null as -, or "error N". Numbers with a point.
   std::string rows(const std::string& sql, const Parameters& parameters = {}) {
     try {
@@ -70,8 +82,8 @@ class SqlDatabase {
   std::string names(const std::string& sql) {
     try {
       std::string text;
-      for (const auto& column : engine_->query(fromUtf8(sql))->columns())
-        text += (text.empty() ? "" : ",") + toUtf8(column.name);
+      const auto result = engine_->query(fromUtf8(sql));
+      for (const auto& column : result->columns()) text += (text.empty() ? "" : ",") + toUtf8(column.name);
       return text;
     } catch (const Error& e) {
       return "error " + std::to_string(e.number());
