@@ -57,6 +57,14 @@ class StoredResult : public ResultSet {
   Collected rows_;
 };
 
+// Whether the text begins with the first word of a statement, and then cannot name a table or query.
+bool beginsLikeStatement(std::u16string_view text) {
+  static constexpr std::u16string_view kWords[] = {u"select", u"insert", u"update", u"delete", u"parameters",
+                                                   u"transform", u"create", u"alter", u"drop"};
+  const std::u16string word = foldName(text.substr(0, text.find_first_of(u" \t\r\n(*[")));
+  return word.size() < text.size() && std::find(std::begin(kWords), std::end(kWords), word) != std::end(kWords);
+}
+
 // A query ready to run.
 struct Prepared {
   EvalContext context;
@@ -82,6 +90,7 @@ struct Engine::Impl {
   // A statement, or the name of a table or saved query.
   ast::Statement parseSource(std::u16string_view text) {
     text = trimmed(text);
+    if (beginsLikeStatement(text)) return parse(text);
     std::u16string_view name = text;
     if (name.size() > 2 && name.front() == u'[' && name.back() == u']')
       name = name.substr(1, name.size() - 2);
