@@ -4,12 +4,16 @@
 //   tour FIRM.mdb FOLDER
 
 #include <QApplication>
+#include <QComboBox>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QLocale>
 #include <QProcess>
 #include <QScreen>
+#include <QTimer>
+#include <algorithm>
 #include <cstdio>
+#include <map>
 
 #include "app/startup.h"
 #include "platform/resources.h"
@@ -33,6 +37,12 @@ class Tour {
   Tour(Session& session, mdiMenu& window, const QString& folder) : session_(session), window_(window), folder_(folder) {}
 
   bool run() {
+    // The register whose items form sets.
+    auto* registers = window_.findChild<QComboBox*>(QStringLiteral("cmbEwiRejestr"));
+    const int computers = registers ? registers->findText(QStringLiteral("Sprzęt komputerowy")) : -1;
+    if (!check(computers >= 0, "the register combo offers the firm's registers")) return false;
+    registers->setCurrentIndex(computers);
+    Q_EMIT registers->activated(computers);
     window_.openForm(QStringLiteral("karEWPAN"));
     wait(500);
     panel_ = qobject_cast<karEWPAN*>(window_.findForm(QStringLiteral("karEWPAN")));
@@ -55,6 +65,7 @@ class Tour {
  private:
   bool check(bool condition, const char* what) {
     std::printf("%s: %s\n", condition ? "ok" : "FAILED", what);
+    std::fflush(stdout);
     failures_ += !condition;
     return condition;
   }
@@ -104,15 +115,13 @@ class Tour {
 
   // Holders of the item and everything below it, read from the file.
   std::vector<int> holders(int item) {
-    const auto rows = session_.database().openRecordset(
+    const std::unique_ptr<jet::Recordset> rows = session_.database().openRecordset(
         toU16(QStringLiteral("SELECT indewi, parent, indpra FROM ewkar WHERE indewi = %1 OR parent > 0").arg(item)),
         jet::RecordsetType::Snapshot);
     std::map<int, std::pair<int, int>> items;  // parent, holder
     for (; !rows->eof(); rows->moveNext()) {
-      const auto* parent = rows->field(u"parent").value().getIf<int32_t>();
-      const jet::Value parentValue = rows->value(u"parent");
-      (void)parent;
-      items[rows->value(u"indewi").get<int32_t>()] = {parentValue.isNull() ? 0 : parentValue.get<int32_t>(),
+      const jet::Value parent = rows->value(u"parent");
+      items[rows->value(u"indewi").get<int32_t>()] = {parent.isNull() ? 0 : parent.get<int32_t>(),
                                                       rows->value(u"indpra").get<int32_t>()};
     }
     std::vector<int> found;
@@ -200,7 +209,9 @@ int main(int argc, char** argv) {
   const QString folder = QFileInfo(application.arguments()[2]).absoluteFilePath();
   QDir().mkpath(folder);
 
+  // The administrator has no password and is let in without a question when he was the last user.
   MemoryRegistry registry;
+  registry.write(kProgramKey, QStringLiteral("Uzytkownik"), QStringLiteral("AD"));
   const auto windows = systemWindowSearch();
   ScreenMessages messages;
   SystemShell shell;
@@ -211,5 +222,7 @@ int main(int argc, char** argv) {
   if (!window || !session.databaseOpen()) return std::fputs("the firm does not open\n", stderr), 1;
   window->showMaximized();
   wait(800);
-  return Tour(session, *window, folder).run() ? 0 : 1;
+  const bool passed = Tour(session, *window, folder).run();
+  window->close();
+  return passed ? 0 : 1;
 }
