@@ -54,7 +54,12 @@ class Tour {
     bin_ = panel_->findChild<ItemTreeView*>(QStringLiteral("treeKosz"));
     list_ = panel_->findChild<EmployeeList*>(QStringLiteral("lstPracownik"));
     if (!check(employee_ && warehouse_ && bin_ && list_, "the four panes are there")) return false;
-    shot("panel");
+    for (const EmployeeEntry& entry : list_->model().entries()) {
+      list_->select(entry.id);
+      wait(20);
+      if (employee_->items().sets().size() > 1) break;
+    }
+    shot(QStringLiteral("panel"));
     giveOut();
     throwAway();
     takeBack();

@@ -4,6 +4,12 @@ namespace words {
 
 namespace {
 
+// Pictures by the numbers that items store; without one the program tells sets from single items.
+struct Picture {
+  enum : int { kPlain = 0, kComputer, kLaptop, kMonitor, kPrinter, kPhone, kCamera, kDesk, kFurniture, kTool,
+               kHelmet, kClothing, kShoes, kVehicle, kBook };
+};
+
 constexpr Word kMale[] = {u"Adam", u"Andrzej", u"Bartłomiej", u"Błażej", u"Bogusław", u"Cezary", u"Dariusz", u"Eugeniusz",
                           u"Grzegorz", u"Henryk", u"Jacek", u"Jan", u"Jarosław", u"Jerzy", u"Józef", u"Kazimierz",
                           u"Krzysztof", u"Łukasz", u"Maciej", u"Marcin", u"Marek", u"Mariusz", u"Michał", u"Mikołaj",
@@ -52,71 +58,71 @@ constexpr Word kLongSentences[] = {
     u"Świadectwo wzorcowania znajduje się w szafie nr 7, półka środkowa, segregator „Źródła i wzorce”. ",
     u"W razie zgubienia należy niezwłocznie zawiadomić dział administracji oraz sporządzić notatkę. "};
 
-constexpr Good kComputerParts[] = {{u"Pamięć operacyjna 16 GB", 4, u"szt", 180, 420, 4, {}},
-                                   {u"Dysk półprzewodnikowy 512 GB", 4, u"szt", 190, 450, 4, {}},
-                                   {u"Karta graficzna", 4, u"szt", 600, 2400, 4, {}},
-                                   {u"Zasilacz 500 W", 4, u"szt", 150, 380, 4, {}}};
-constexpr Good kWorkstationParts[] = {{u"Jednostka centralna", 0, u"szt", 1800, 5200, 1, kComputerParts},
-                                      {u"Monitor 24 cale", 1, u"szt", 600, 1500, 2, {}},
-                                      {u"Klawiatura", 3, u"szt", 50, 250, 4, {}},
-                                      {u"Mysz optyczna", 3, u"szt", 30, 180, 4, {}},
-                                      {u"Licencja systemu operacyjnego", 19, u"lic", 400, 900, 9, {}}};
-constexpr Good kNotebookParts[] = {{u"Zasilacz do notebooka", 3, u"szt", 120, 300, 4, {}},
-                                   {u"Torba na notebooka", 3, u"szt", 80, 220, 10, {}},
-                                   {u"Stacja dokująca", 3, u"szt", 450, 980, 4, {}}};
-constexpr Good kComputers[] = {{u"Zestaw komputerowy", 0, u"kpl", 0, 0, 10, kWorkstationParts},
-                               {u"Notebook 15 cali", 0, u"szt", 2600, 6900, 1, kNotebookParts},
-                               {u"Monitor 27 cali", 1, u"szt", 900, 2200, 2, {}},
-                               {u"Drukarka laserowa", 2, u"szt", 700, 2600, 3, {}},
-                               {u"Skaner dokumentów", 2, u"szt", 500, 1900, 3, {}},
-                               {u"Przełącznik sieciowy 24 porty", 15, u"szt", 400, 1600, 4, {}},
-                               {u"Przedłużacz listwowy 5 gniazd", 3, u"szt", 30, 90, 4, {}}};
-constexpr Good kFurniture[] = {{u"Biurko narożne", 5, u"szt", 450, 1400, 8, {}},
-                               {u"Stół konferencyjny", 5, u"szt", 1200, 4800, 8, {}},
-                               {u"Fotel obrotowy", 6, u"szt", 350, 1600, 8, {}},
-                               {u"Krzesło tapicerowane", 6, u"szt", 120, 380, 8, {}},
-                               {u"Szafa na dokumenty", 7, u"szt", 600, 1900, 8, {}},
-                               {u"Regał magazynowy", 7, u"szt", 300, 1100, 8, {}},
-                               {u"Kontener podbiurkowy", 7, u"szt", 260, 620, 8, {}},
-                               {u"Wieszak stojący", 18, u"szt", 60, 190, 8, {}}};
-constexpr Good kClothes[] = {{u"Kurtka ocieplana", 8, u"szt", 140, 420, 6, {}},
-                             {u"Spodnie ogrodniczki", 8, u"szt", 80, 190, 6, {}},
-                             {u"Koszula flanelowa", 8, u"szt", 40, 90, 6, {}},
-                             {u"Kamizelka ostrzegawcza", 10, u"szt", 15, 45, 6, {}},
-                             {u"Trzewiki robocze", 9, u"para", 120, 380, 7, {}},
-                             {u"Kalosze", 9, u"para", 45, 120, 7, {}},
-                             {u"Rękawice ochronne", 10, u"para", 8, 60, 6, {}},
-                             {u"Hełm ochronny", 10, u"szt", 35, 140, 6, {}},
-                             {u"Okulary ochronne", 10, u"szt", 12, 70, 6, {}}};
-constexpr Good kWrenches[] = {{u"Klucz płaski 10/12", 11, u"szt", 15, 40, 5, {}},
-                              {u"Klucz płaski 13/17", 11, u"szt", 18, 45, 5, {}},
-                              {u"Klucz oczkowy 19", 11, u"szt", 20, 50, 5, {}}};
-constexpr Good kBits[] = {{u"Wiertło do metalu 6 mm", 11, u"szt", 8, 25, 5, {}}, {u"Bit krzyżowy PH2", 11, u"opak", 10, 30, 5, {}}};
-constexpr Good kToolboxParts[] = {{u"Zestaw kluczy", 11, u"kpl", 0, 0, 10, kWrenches},
-                                  {u"Młotek ślusarski 500 g", 11, u"szt", 25, 70, 5, {}},
-                                  {u"Wkrętarka akumulatorowa", 12, u"szt", 280, 980, 5, kBits},
-                                  {u"Suwmiarka elektroniczna", 13, u"szt", 60, 320, 5, {}}};
-constexpr Good kTools[] = {{u"Skrzynka narzędziowa", 11, u"kpl", 90, 240, 10, kToolboxParts},
-                           {u"Wiertarka udarowa", 12, u"szt", 220, 860, 5, kBits},
-                           {u"Szlifierka kątowa", 12, u"szt", 180, 740, 5, {}},
-                           {u"Miernik uniwersalny", 13, u"szt", 90, 680, 5, {}},
-                           {u"Dalmierz laserowy", 13, u"szt", 150, 720, 5, {}},
-                           {u"Drabina aluminiowa", 18, u"szt", 200, 690, 5, {}}};
-constexpr Good kPhones[] = {{u"Telefon komórkowy", 14, u"szt", 400, 3600, 11, {}},
-                            {u"Aparat telefoniczny", 14, u"szt", 80, 260, 11, {}},
-                            {u"Radiotelefon przenośny", 15, u"szt", 350, 1400, 11, {}},
-                            {u"Zestaw słuchawkowy", 15, u"szt", 90, 520, 11, {}},
-                            {u"Modem LTE", 15, u"szt", 150, 480, 11, {}}};
-constexpr Good kFirstAid[] = {{u"Bandaż elastyczny", 10, u"szt", 5, 15, 6, {}}, {u"Koc ratunkowy", 10, u"szt", 6, 18, 6, {}}};
-constexpr Good kCarParts[] = {{u"Apteczka samochodowa", 17, u"kpl", 40, 120, 10, kFirstAid},
-                              {u"Gaśnica proszkowa 2 kg", 17, u"szt", 60, 140, 5, {}},
-                              {u"Trójkąt ostrzegawczy", 17, u"szt", 15, 40, 5, {}},
-                              {u"Komplet opon zimowych", 17, u"kpl", 900, 2600, 12, {}}};
-constexpr Good kVehicles[] = {{u"Samochód dostawczy", 16, u"szt", 65000, 168000, 12, kCarParts},
-                              {u"Samochód osobowy", 16, u"szt", 48000, 145000, 12, kCarParts},
-                              {u"Wózek widłowy", 16, u"szt", 38000, 120000, 12, {}},
-                              {u"Wózek paletowy", 18, u"szt", 900, 2400, 12, {}},
-                              {u"Rower towarowy", 16, u"szt", 2500, 9000, 12, {}}};
+constexpr Good kComputerParts[] = {{u"Pamięć operacyjna 16 GB", 4, u"szt", 180, 420, Picture::kPlain, {}},
+                                   {u"Dysk półprzewodnikowy 512 GB", 4, u"szt", 190, 450, Picture::kPlain, {}},
+                                   {u"Karta graficzna", 4, u"szt", 600, 2400, Picture::kPlain, {}},
+                                   {u"Zasilacz 500 W", 4, u"szt", 150, 380, Picture::kPlain, {}}};
+constexpr Good kWorkstationParts[] = {{u"Jednostka centralna", 0, u"szt", 1800, 5200, Picture::kComputer, kComputerParts},
+                                      {u"Monitor 24 cale", 1, u"szt", 600, 1500, Picture::kMonitor, {}},
+                                      {u"Klawiatura", 3, u"szt", 50, 250, Picture::kPlain, {}},
+                                      {u"Mysz optyczna", 3, u"szt", 30, 180, Picture::kPlain, {}},
+                                      {u"Licencja systemu operacyjnego", 19, u"lic", 400, 900, Picture::kBook, {}}};
+constexpr Good kNotebookParts[] = {{u"Zasilacz do notebooka", 3, u"szt", 120, 300, Picture::kPlain, {}},
+                                   {u"Torba na notebooka", 3, u"szt", 80, 220, Picture::kPlain, {}},
+                                   {u"Stacja dokująca", 3, u"szt", 450, 980, Picture::kPlain, {}}};
+constexpr Good kComputers[] = {{u"Zestaw komputerowy", 0, u"kpl", 0, 0, Picture::kPlain, kWorkstationParts},
+                               {u"Notebook 15 cali", 0, u"szt", 2600, 6900, Picture::kLaptop, kNotebookParts},
+                               {u"Monitor 27 cali", 1, u"szt", 900, 2200, Picture::kMonitor, {}},
+                               {u"Drukarka laserowa", 2, u"szt", 700, 2600, Picture::kPrinter, {}},
+                               {u"Skaner dokumentów", 2, u"szt", 500, 1900, Picture::kPrinter, {}},
+                               {u"Przełącznik sieciowy 24 porty", 15, u"szt", 400, 1600, Picture::kPlain, {}},
+                               {u"Przedłużacz listwowy 5 gniazd", 3, u"szt", 30, 90, Picture::kPlain, {}}};
+constexpr Good kFurniture[] = {{u"Biurko narożne", 5, u"szt", 450, 1400, Picture::kDesk, {}},
+                               {u"Stół konferencyjny", 5, u"szt", 1200, 4800, Picture::kDesk, {}},
+                               {u"Fotel obrotowy", 6, u"szt", 350, 1600, Picture::kFurniture, {}},
+                               {u"Krzesło tapicerowane", 6, u"szt", 120, 380, Picture::kFurniture, {}},
+                               {u"Szafa na dokumenty", 7, u"szt", 600, 1900, Picture::kFurniture, {}},
+                               {u"Regał magazynowy", 7, u"szt", 300, 1100, Picture::kFurniture, {}},
+                               {u"Kontener podbiurkowy", 7, u"szt", 260, 620, Picture::kFurniture, {}},
+                               {u"Wieszak stojący", 18, u"szt", 60, 190, Picture::kFurniture, {}}};
+constexpr Good kClothes[] = {{u"Kurtka ocieplana", 8, u"szt", 140, 420, Picture::kClothing, {}},
+                             {u"Spodnie ogrodniczki", 8, u"szt", 80, 190, Picture::kClothing, {}},
+                             {u"Koszula flanelowa", 8, u"szt", 40, 90, Picture::kClothing, {}},
+                             {u"Kamizelka ostrzegawcza", 10, u"szt", 15, 45, Picture::kClothing, {}},
+                             {u"Trzewiki robocze", 9, u"para", 120, 380, Picture::kShoes, {}},
+                             {u"Kalosze", 9, u"para", 45, 120, Picture::kShoes, {}},
+                             {u"Rękawice ochronne", 10, u"para", 8, 60, Picture::kClothing, {}},
+                             {u"Hełm ochronny", 10, u"szt", 35, 140, Picture::kHelmet, {}},
+                             {u"Okulary ochronne", 10, u"szt", 12, 70, Picture::kClothing, {}}};
+constexpr Good kWrenches[] = {{u"Klucz płaski 10/12", 11, u"szt", 15, 40, Picture::kTool, {}},
+                              {u"Klucz płaski 13/17", 11, u"szt", 18, 45, Picture::kTool, {}},
+                              {u"Klucz oczkowy 19", 11, u"szt", 20, 50, Picture::kTool, {}}};
+constexpr Good kBits[] = {{u"Wiertło do metalu 6 mm", 11, u"szt", 8, 25, Picture::kTool, {}}, {u"Bit krzyżowy PH2", 11, u"opak", 10, 30, Picture::kTool, {}}};
+constexpr Good kToolboxParts[] = {{u"Zestaw kluczy", 11, u"kpl", 0, 0, Picture::kPlain, kWrenches},
+                                  {u"Młotek ślusarski 500 g", 11, u"szt", 25, 70, Picture::kTool, {}},
+                                  {u"Wkrętarka akumulatorowa", 12, u"szt", 280, 980, Picture::kTool, kBits},
+                                  {u"Suwmiarka elektroniczna", 13, u"szt", 60, 320, Picture::kTool, {}}};
+constexpr Good kTools[] = {{u"Skrzynka narzędziowa", 11, u"kpl", 90, 240, Picture::kPlain, kToolboxParts},
+                           {u"Wiertarka udarowa", 12, u"szt", 220, 860, Picture::kTool, kBits},
+                           {u"Szlifierka kątowa", 12, u"szt", 180, 740, Picture::kTool, {}},
+                           {u"Miernik uniwersalny", 13, u"szt", 90, 680, Picture::kTool, {}},
+                           {u"Dalmierz laserowy", 13, u"szt", 150, 720, Picture::kTool, {}},
+                           {u"Drabina aluminiowa", 18, u"szt", 200, 690, Picture::kTool, {}}};
+constexpr Good kPhones[] = {{u"Telefon komórkowy", 14, u"szt", 400, 3600, Picture::kPhone, {}},
+                            {u"Aparat telefoniczny", 14, u"szt", 80, 260, Picture::kPhone, {}},
+                            {u"Radiotelefon przenośny", 15, u"szt", 350, 1400, Picture::kPhone, {}},
+                            {u"Zestaw słuchawkowy", 15, u"szt", 90, 520, Picture::kPhone, {}},
+                            {u"Modem LTE", 15, u"szt", 150, 480, Picture::kPhone, {}}};
+constexpr Good kFirstAid[] = {{u"Bandaż elastyczny", 10, u"szt", 5, 15, Picture::kClothing, {}}, {u"Koc ratunkowy", 10, u"szt", 6, 18, Picture::kClothing, {}}};
+constexpr Good kCarParts[] = {{u"Apteczka samochodowa", 17, u"kpl", 40, 120, Picture::kPlain, kFirstAid},
+                              {u"Gaśnica proszkowa 2 kg", 17, u"szt", 60, 140, Picture::kTool, {}},
+                              {u"Trójkąt ostrzegawczy", 17, u"szt", 15, 40, Picture::kTool, {}},
+                              {u"Komplet opon zimowych", 17, u"kpl", 900, 2600, Picture::kVehicle, {}}};
+constexpr Good kVehicles[] = {{u"Samochód dostawczy", 16, u"szt", 65000, 168000, Picture::kVehicle, kCarParts},
+                              {u"Samochód osobowy", 16, u"szt", 48000, 145000, Picture::kVehicle, kCarParts},
+                              {u"Wózek widłowy", 16, u"szt", 38000, 120000, Picture::kVehicle, {}},
+                              {u"Wózek paletowy", 18, u"szt", 900, 2400, Picture::kVehicle, {}},
+                              {u"Rower towarowy", 16, u"szt", 2500, 9000, Picture::kVehicle, {}}};
 
 constexpr RegisterKind kRegisterList[] = {
     {u"Sprzęt komputerowy", u'S', u"Numer/Rok[4]", false, false, false, kComputers},
