@@ -43,6 +43,7 @@ void DatabaseDesk::chooseFile() {
 }
 
 bool DatabaseDesk::openFile(const QString& path) {
+  showCurrent();
   const CatalogueEntry entry = checkedEntry(session_, path);
   if (entry.path.isEmpty() || !closeForms()) {
     showCurrent();

@@ -3,21 +3,33 @@
 #include <QFileInfo>
 #include <QIcon>
 #include <QLocale>
+#include <cstring>
 
 #include "app/startup.h"
 #include "platform/resources.h"
 
 namespace {
 
+// Whether only --help or --version is asked for, which must work without a display.
+bool onlyText(int argc, char** argv) {
+  for (int i = 1; i < argc; ++i)
+    for (const char* option : {"-h", "--help", "-v", "--version"})
+      if (std::strcmp(argv[i], option) == 0) return true;
+  return false;
+}
+
 // The file named on the command line, if any; answers --help and --version.
-QString fileOf(const QApplication& application) {
+QString fileOf(const QCoreApplication& application) {
   QCommandLineParser parser;
   parser.setApplicationDescription(QStringLiteral("Ewidencja wyposażenia pracowników"));
-  parser.addHelpOption();
+  const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
+                                QStringLiteral("Wyświetla tę pomoc."));
+  parser.addOption(help);
   parser.addVersionOption();
   parser.addPositionalArgument(QStringLiteral("BAZA.mdb"), QStringLiteral("Baza danych do otwarcia"),
                                QStringLiteral("[BAZA.mdb]"));
   parser.process(application);
+  if (parser.isSet(help)) parser.showHelp();
   const QStringList files = parser.positionalArguments();
   return files.isEmpty() ? QString() : QFileInfo(files.first()).absoluteFilePath();
 }
@@ -27,9 +39,15 @@ QString fileOf(const QApplication& application) {
 int main(int argc, char** argv) {
   using namespace tandeko;
   QLocale::setDefault(QLocale(QLocale::Polish, QLocale::Poland));
+  QCoreApplication::setApplicationName(kProgramName);
+  QCoreApplication::setApplicationVersion(programVersion().text());
+  if (onlyText(argc, argv)) {
+    const QCoreApplication console(argc, argv);
+    useResources();
+    fileOf(console);
+    return 0;
+  }
   QApplication application(argc, argv);
-  QApplication::setApplicationName(kProgramName);
-  QApplication::setApplicationVersion(programVersion().text());
   QApplication::setDesktopFileName(QStringLiteral("tandeko"));
   useResources();
   QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/program-48.png")));

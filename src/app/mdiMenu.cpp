@@ -297,6 +297,8 @@ void mdiMenu::showUserName(const QString& userName) { statusUser_->setText(userN
 // --- The session ---
 
 void mdiMenu::databaseOpened() {
+  // Some window managers leave no window active when both login dialogs go at once.
+  activateWindow();
   autoRefresh_.setMinutes(session_.settings().program().autoRefreshMinutes);
   openStartForm();
   updateCommands();

@@ -25,7 +25,7 @@ void defaultCursor() {
 }  // namespace
 
 QString helpFile(Session& session) {
-  const QString own = programFolder() + QStringLiteral("/Help/Tandeko.chm");
+  const QString own = session.settings().ownFolder() + QStringLiteral("/Help/Tandeko.chm");
   return QFile::exists(own) ? own : session.settings().program().folderHelp + QStringLiteral("/Tandeko.chm");
 }
 

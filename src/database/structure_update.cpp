@@ -37,7 +37,7 @@ QString structureToolFile() {
 }
 
 QString packageProgram(Session& session, const QString& file) {
-  for (const QString& folder : {session.settings().program().folderPrograms, programFolder()}) {
+  for (const QString& folder : {session.settings().program().folderPrograms, session.settings().ownFolder()}) {
     const QString path = folder + u'/' + file;
     if (!folder.isEmpty() && QFileInfo(path).isFile()) return path;
   }

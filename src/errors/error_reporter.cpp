@@ -12,7 +12,7 @@ namespace {
 
 QString descriptionsFolder(Session& session) {
   const QString folder = session.settings().stored(QStringLiteral("Folder pakiet"));
-  return folder.isEmpty() ? programFolder() : folder;
+  return folder.isEmpty() ? session.settings().ownFolder() : folder;
 }
 
 void show(Session& session, const Failure& failure, const QString& explanation) {

@@ -30,6 +30,11 @@ struct ProgramSettings {
   QColor readOnlyColor;           // "Kolor tla": background of fields that cannot be edited
 };
 
+// The folder of the program's own file, and the built-in folder of each kind, named as its setting
+// ("Folder baza", ...).
+QString programFolder();
+QString builtInFolder(const QString& setting);
+
 // The values of the program key, and the cache of those that are written only at the end of a session.
 class Settings : public QObject {
   Q_OBJECT
@@ -55,6 +60,9 @@ class Settings : public QObject {
   // Reads the program settings anew, tells changed().
   void load();
   const ProgramSettings& program() const { return program_; }
+  // The folder of the program's own file; tests choose another.
+  QString ownFolder() const { return ownFolder_.isEmpty() ? programFolder() : ownFolder_; }
+  void setOwnFolder(const QString& folder) { ownFolder_ = folder; }
   QString helpFile() const { return helpFile_; }
   void setHelpFile(const QString& path) { helpFile_ = path; }
 
@@ -68,11 +76,7 @@ class Settings : public QObject {
   QStringList values_;
   ProgramSettings program_;
   QString helpFile_;
+  QString ownFolder_;
 };
-
-// The folder of the program's own file, and the built-in folder of each kind, named as its setting
-// ("Folder baza", ...).
-QString programFolder();
-QString builtInFolder(const QString& setting);
 
 }  // namespace tandeko

@@ -155,16 +155,21 @@ TEST_F(StructureTool, ItsAnswerDecides) {
   }
 }
 
-TEST_F(StructureTool, WithoutTheToolItsFolderIsNamed) {
+TEST_F(StructureTool, IsLookedForInThePackageThenBesideTheProgram) {
+  QTemporaryDir own;
+  session.settings().setOwnFolder(own.path());
+  QFile(own.filePath(structureToolFile())).open(QIODevice::WriteOnly);
+  EXPECT_EQ(packageProgram(session, structureToolFile()), folder.path() + u'/' + structureToolFile());
   QFile::remove(file(structureToolFile()));
-  EXPECT_FALSE(packageProgram(session, structureToolFile()).startsWith(folder.path()));
-  if (!packageProgram(session, structureToolFile()).isEmpty())
-    GTEST_SKIP() << "the tool lies beside the tests";
+  EXPECT_EQ(packageProgram(session, structureToolFile()), own.path() + u'/' + structureToolFile());
+  QFile::remove(own.filePath(structureToolFile()));
   EXPECT_FALSE(update());
-  EXPECT_EQ(messages.takeOnly().text,
+  const Message message = messages.takeOnly();
+  EXPECT_EQ(message.text,
             QStringLiteral(
                 "Nie można zlokalizować programu Fundamo bazy (Fundamo.exe). Plik ten powinien znajdować "
                 "się w katalogu programów pakietu Lorvel: ") +
                 folder.path());
+  EXPECT_EQ(message.icon, Icon::Information);
   EXPECT_TRUE(shell.started.isEmpty());
 }

@@ -7,6 +7,12 @@
 #include <thread>
 #include <vector>
 
+#ifdef Q_OS_UNIX
+#include <sys/wait.h>
+#include <unistd.h>
+#include <csignal>
+#endif
+
 #include "support/scripted_messages.h"
 
 using namespace tandeko;
@@ -110,3 +116,25 @@ TEST(Registry, OnlyTheUserMayReadTheFile) {
   FileRegistry(file.path).createKey(kKey);
   EXPECT_FALSE(QFile::permissions(file.path) & (QFile::ReadGroup | QFile::ReadOther));
 }
+
+#ifdef Q_OS_UNIX
+TEST(Registry, ACopyKilledWhileItWritesLeavesEverythingReadable) {
+  RegistryFile file;
+  FileRegistry registry(file.path);
+  ASSERT_TRUE(registry.write(kKey, QStringLiteral("stała"), QStringLiteral("wartość")));
+  for (int round = 0; round < 15; ++round) {
+    const pid_t writer = fork();
+    if (writer == 0) {
+      FileRegistry own(file.path);
+      for (int i = 0;; ++i) own.write(kKey, QStringLiteral("licznik %1").arg(i % 50), QString(i % 400, u'x'));
+    }
+    usleep(3000 + 2111 * static_cast<useconds_t>(round));
+    kill(writer, SIGKILL);
+    waitpid(writer, nullptr, 0);
+    EXPECT_EQ(registry.read(kKey, QStringLiteral("stała")), QStringLiteral("wartość"));
+    EXPECT_TRUE(registry.write(kKey, QStringLiteral("po"), QString::number(round)))
+        << "the dead copy's lock is open";
+  }
+  EXPECT_GT(registry.valueNames(kKey).size(), 2);
+}
+#endif
