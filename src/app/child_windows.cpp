@@ -9,6 +9,8 @@ ChildWindows::ChildWindows(QWidget* parent) : QMdiArea(parent) {
   setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
   setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
   setBackground(palette().brush(QPalette::Dark));
+  setActivationOrder(ActivationHistoryOrder);
+  setOption(DontMaximizeSubWindowOnActivation);
 }
 
 void ChildWindows::showForm(ChildForm* form) {
@@ -16,8 +18,11 @@ void ChildWindows::showForm(ChildForm* form) {
   QMdiSubWindow* window = addSubWindow(form);
   window->setAttribute(Qt::WA_DeleteOnClose);
   window->setWindowIcon(form->windowIcon());
-  // The first list fills the area, as the users work with one big window most of the time.
-  const bool alone = subWindowList().size() == 1;
+  // A form that closes itself takes its window along.
+  connect(form, &QObject::destroyed, window, &QObject::deleteLater);
+  // Lists fill the area, as the users work with one big window most of the time.
+  const QMdiSubWindow* before = currentSubWindow();
+  const bool alone = subWindowList().size() == 1 || (before && before->isMaximized());
   if (alone && form->formName().startsWith(u"kar"))
     window->showMaximized();
   else

@@ -118,7 +118,9 @@ constexpr MenuLine kPanelEmployees[] = {
     {1, u"mnuRPraNowy", u"Nowy", Need::Change, Command::PraNowy, nullptr, "add"},
     {1, u"mnuRPraWlas", u"Popraw", Need::Active, Command::PraWlas, nullptr, "edit"},
     {1, u"mnuRPraUsun", u"Usuń", Need::Change, Command::PraUsun, nullptr, "delete"},
+    {1, u"mnuSepR1", u"-"},
     {1, u"mnuRPraDrukuj", u"Drukuj...", Need::Active, Command::Drukuj, nullptr, "print"},
+    {1, u"mnuSepR2", u"-"},
     {1, u"mnuRPraWidok", u"Widok listy pracowników"},
     {2, u"mnuRPraWidokDuze", u"Duże ikony", Need::Active, Command::PraWidokDuze},
     {2, u"mnuRPraWidokMale", u"Małe ikony", Need::Active, Command::PraWidokMale},
@@ -127,6 +129,7 @@ constexpr MenuLine kPanelEmployees[] = {
     {1, u"mnuRPraPanel", u"Wyświetl panel"},
     {2, u"mnuRPraPanelMagazyn", u"Magazyn", Need::Active, Command::PanelMagazyn},
     {2, u"mnuRPraPanelKosz", u"Kosz", Need::Active, Command::PanelKosz},
+    {1, u"mnuSepR7", u"-"},
     {1, u"mnuRPraZapisz", u"Zapamiętaj wygląd okna", Need::Layout},
 };
 
@@ -134,13 +137,18 @@ constexpr MenuLine kPanelItems[] = {
     {1, u"mnuRSprzNowy", u"Nowy", Need::Change, Command::SprzNowy, nullptr, "add"},
     {1, u"mnuRSprzWlas", u"Popraw", Need::Active, Command::SprzWlas, nullptr, "edit"},
     {1, u"mnuRSprzUsun", u"Usuń", Need::Change, Command::SprzUsun, nullptr, "delete"},
+    {1, u"mnuSepR3", u"-"},
     {1, u"mnuRSprzPodziel", u"Podziel...", Need::Change, Command::SprzPodziel},
+    {1, u"mnuSepR4", u"-"},
     {1, u"mnuRSprzDrukuj", u"Drukuj...", Need::Active, Command::Drukuj, nullptr, "print"},
+    {1, u"mnuSepR5", u"-"},
     {1, u"mnuRSprzKopiuj", u"Kopiuj", Need::Active, Command::SprzKopiuj, nullptr, "copy"},
     {1, u"mnuRSprzWklej", u"Wklej", Need::Change, Command::SprzWklej, nullptr, "paste"},
+    {1, u"mnuSepR6", u"-"},
     {1, u"mnuRSprzPanel", u"Wyświetl panel"},
     {2, u"mnuRSprzPanelMagazyn", u"Magazyn", Need::Active, Command::PanelMagazyn},
     {2, u"mnuRSprzPanelKosz", u"Kosz", Need::Active, Command::PanelKosz},
+    {1, u"mnuSepR8", u"-"},
     {1, u"mnuRSprzZapisz", u"Zapamiętaj wygląd okna", Need::Layout},
 };
 

@@ -35,8 +35,7 @@ dokSWPRA* dokSWPRA::open(Session& session, int employee, const QString& karParen
     for (ChildForm* opened : session.frame()->forms()) {
       auto* same = qobject_cast<dokSWPRA*>(opened);
       if (!same || employee < 1 || same->recordKey() != employee) continue;
-      same->raise();
-      same->setFocus();
+      same->bringToFront();
       form = same;
       return;
     }

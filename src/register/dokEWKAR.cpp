@@ -50,8 +50,7 @@ dokEWKAR* dokEWKAR::open(Session& session, const ItemFormRequest& request) {
     for (ChildForm* opened : session.frame()->forms()) {
       auto* same = qobject_cast<dokEWKAR*>(opened);
       if (!same || request.item < 1 || same->recordKey() != request.item) continue;
-      same->raise();
-      same->setFocus();
+      same->bringToFront();
       form = same;
       return;
     }

@@ -59,6 +59,8 @@ class ChildForm : public QWidget {
   using QWidget::QWidget;
 
   QString formName() const { return objectName(); }
+  // Activates the form's window.
+  void bringToFront();
 
   // Whether the form can do it now; the main window enables its entries by this.
   virtual bool supports(Command) const { return false; }

@@ -150,7 +150,7 @@ void EmployeeList::setMode(Mode mode) {
   const int icon = large ? kLargeIcon : kSmallIcon;
   icons_->setIconSize({icon, icon});
   const QFontMetrics metrics(icons_->font());
-  icons_->setGridSize(large ? QSize(metrics.averageCharWidth() * 15, kLargeIcon + metrics.height() * 5 / 2)
+  icons_->setGridSize(large ? QSize(metrics.averageCharWidth() * 17, kLargeIcon + metrics.height() * 5 / 2)
                             : QSize(metrics.averageCharWidth() * 26, qMax(kSmallIcon, metrics.height()) + 4));
   const bool focused = view().hasFocus();
   setCurrentWidget(mode == Mode::Details ? static_cast<QWidget*>(details_) : icons_);

@@ -16,7 +16,7 @@ constexpr int kExpandAfter = 700;  // ms over a closed set
 constexpr int kScrollEvery = 60;   // ms near an edge
 constexpr int kScrollEdge = 20;    // pixels
 constexpr int kImageOffset = 14;   // pixels right of and below the pointer
-constexpr int kImageWidth = 260;   // pixels, at most
+constexpr int kImageWidth = 400;   // pixels, at most
 
 // The rows to scroll by when the pointer is near the upper or lower edge, or beyond it.
 int scrollStep(const QAbstractItemView& view, const QPoint& global) {

@@ -13,7 +13,9 @@ Pane::Pane(const QString& name, const QString& labelName, const QString& caption
   QFont bold = label_->font();
   bold.setBold(true);
   label_->setFont(bold);
-  info_->setEnabled(false);  // in the colour of what is secondary
+  QPalette colors = info_->palette();
+  colors.setColor(QPalette::WindowText, colors.color(QPalette::PlaceholderText));
+  info_->setPalette(colors);
   info_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
   info_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   auto* head = new QHBoxLayout;
