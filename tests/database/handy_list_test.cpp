@@ -85,7 +85,7 @@ TEST_F(HandyList, ReadingOffersToDropUnreachableEntriesAndSkipsInactiveOnes) {
 }
 
 TEST_F(HandyList, APathThatIsNoDatabaseFailsWithoutAWord) {
-  for (const QString& path : {QStringLiteral("*.mdb"), QStringLiteral("/tmp/list.txt"), QString()})
+  for (const QString& path : {QStringLiteral("*.mdb"), QStringLiteral("/gdzie/lista.txt"), QString()})
     EXPECT_FALSE(BaseCheck(session, path, {}).ok);
   EXPECT_TRUE(messages.shown.empty());
   EXPECT_TRUE(failures.failures.empty());

@@ -188,7 +188,6 @@ std::u16string Engine::explain(std::u16string_view sql, const Parameters& parame
 }
 
 bool Engine::isQuery(std::u16string_view sql) {
-  const ReadScope scope(impl_->catalog.pager());
   const ast::Statement s = impl_->parseSource(sql);
   const auto* q = std::get_if<ast::Query>(&s.body);
   return q && !isMakeTable(*q);
