@@ -103,7 +103,7 @@ void mdiMenu::buildToolBar() {
   const auto combo = [&](const QString& caption, const QString& comboName) {
     auto* box = new QComboBox(bar);
     box->setObjectName(comboName);
-    box->setMinimumContentsLength(14);
+    box->setMinimumContentsLength(8);
     box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     box->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     box->setMaximumWidth(fontMetrics().averageCharWidth() * 36);

@@ -4,6 +4,7 @@
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QIcon>
+#include <QScreen>
 
 #include "database/base_check.h"
 #include "database/handy_list.h"
@@ -31,7 +32,7 @@ dlgBazaRejestr::dlgBazaRejestr(Session& session, QWidget* parent)
   ui_->setupUi(this);
   const QFontMetrics metrics(font());
   ui_->lstBazy->setHeaderLabels({QStringLiteral("Nazwa"), QStringLiteral("Folder"), QStringLiteral("Stan")});
-  ui_->lstBazy->setMinimumSize(metrics.averageCharWidth() * 90, metrics.lineSpacing() * 12);
+  ui_->lstBazy->setMinimumSize(metrics.averageCharWidth() * 50, metrics.lineSpacing() * 8);
   ui_->lstBazy->header()->resizeSection(kName, metrics.averageCharWidth() * 26);
   ui_->lstBazy->header()->resizeSection(kFolder, metrics.averageCharWidth() * 40);
   ui_->lstBazy->setSortingEnabled(true);
@@ -41,6 +42,8 @@ dlgBazaRejestr::dlgBazaRejestr(Session& session, QWidget* parent)
   connect(ui_->cmdUsun, &QPushButton::clicked, this, &dlgBazaRejestr::removeChosen);
   connect(ui_->cbAktywna, &QCheckBox::clicked, this, &dlgBazaRejestr::toggleActive);
   connect(ui_->cmdZamknij, &QPushButton::clicked, this, &QDialog::accept);
+  const QSize wanted(metrics.averageCharWidth() * 110, metrics.lineSpacing() * 18);
+  resize(wanted.boundedTo(screen()->availableSize() * 0.9));
   fill(session.databaseName());
 }
 

@@ -37,7 +37,8 @@ QString structureToolFile() {
 }
 
 QString packageProgram(Session& session, const QString& file) {
-  for (const QString& folder : {session.settings().program().folderPrograms, session.settings().ownFolder()}) {
+  for (const QString& folder :
+       {session.settings().program().folderPrograms, session.settings().ownFolder()}) {
     const QString path = folder + u'/' + file;
     if (!folder.isEmpty() && QFileInfo(path).isFile()) return path;
   }
