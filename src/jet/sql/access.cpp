@@ -23,14 +23,22 @@ class Chooser {
         def_(slot.table()->def()),
         conditions_(conditions),
         unavailable_(unavailable),
-        collation_(collation) {}
+        collation_(collation),
+        mentioned_(def_.columns.size()) {
+    for (const Expression* condition : conditions)
+      if (const auto* operation = dynamic_cast<const Operation*>(condition))
+        for (const auto& operand : operation->operands)
+          if (const auto* column = dynamic_cast<const ColumnExpression*>(operand.get());
+              column && column->slot == &slot && column->ordinal >= 0)
+            mentioned_[static_cast<size_t>(column->ordinal)] = true;
+  }
 
   std::optional<IndexAccess> best() {
     std::optional<IndexAccess> found;
     for (size_t i = 0; i < def_.realIndexes.size(); ++i) {
       IndexAccess access;
       access.index = static_cast<int>(i);
-      if (!match(access)) continue;
+      if (!mentioned_[static_cast<size_t>(def_.realIndexes[i].columns.front().ordinal)] || !match(access)) continue;
       if (!found || access.estimate < found->estimate) found = std::move(access);
     }
     return found;
@@ -161,6 +169,7 @@ class Chooser {
   const std::vector<Expression*>& conditions_;
   const std::vector<const Slot*>& unavailable_;
   const Collation& collation_;
+  std::vector<bool> mentioned_;  // columns that stand alone in a condition
 };
 
 }  // namespace

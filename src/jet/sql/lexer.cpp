@@ -228,8 +228,11 @@ bool isStructuralWord(const Token& token) {
       u"IS",     u"JOIN",      u"LEFT",   u"LIKE",     u"MOD",         u"NOT",    u"NULL",    u"ON",
       u"OR",     u"ORDER",     u"OUTER",  u"PIVOT",    u"RIGHT",       u"SELECT", u"SET",     u"SOME",
       u"TOP",    u"TRANSFORM", u"UNION",  u"UPDATE",   u"VALUES",      u"WHERE",  u"WITH",    u"XOR"};
-  if (token.kind != TokenKind::Name || token.text.size() < 2 || token.text.size() > 11) return false;
-  return std::any_of(std::begin(kWords), std::end(kWords), [&](auto word) { return token.is(word); });
+  constexpr size_t kLongest = 11;
+  if (token.kind != TokenKind::Name || token.text.size() < 2 || token.text.size() > kLongest) return false;
+  char16_t word[kLongest];
+  std::transform(token.text.begin(), token.text.end(), word, upper);
+  return std::binary_search(std::begin(kWords), std::end(kWords), std::u16string_view(word, token.text.size()));
 }
 
 std::vector<Token> tokenize(std::u16string_view sql) { return Lexer(sql).run(); }

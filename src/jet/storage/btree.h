@@ -2,10 +2,12 @@
 
 #include <array>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "jet/storage/entry_list.h"
+#include "jet/storage/index_page.h"
 #include "jet/storage/usage_map.h"
 
 namespace jet {
@@ -54,16 +56,16 @@ class BTree {
    private:
     void load(PageView leaf);
     bool step(bool forward);
-    void take(size_t index);
+    void take(uint32_t start, uint32_t end);
 
     const BTree& tree_;
     PageView leaf_;
-    int index_ = -1;  // of the entry before the place
+    std::optional<IndexPage> page_;  // of the leaf
+    uint32_t place_ = 0;             // where the entry behind the place starts
     int64_t steps_ =
         0;  // leaves gone forward (below 0: back) in one go: more than there are pages is a cycle
     std::string key_;
     RowId row_;
-    std::vector<uint16_t> ends_;  // entry ends of the leaf, decoded once a page
   };
 
   // Every page of the tree, root first, checked level by level; `fault` receives each deviation, `entry`

@@ -5,22 +5,19 @@ namespace jet {
 
 void BTree::Cursor::seek(Bytes key, bool after) {
   const IndexTarget target{key, 0, after};
-  PageView leaf = tree_.descend(target, nullptr);
-  const uint32_t start = tree_.view(leaf).find(target);
-  load(std::move(leaf));
+  load(tree_.descend(target, nullptr));
   steps_ = 0;
-  index_ = static_cast<int>(std::upper_bound(ends_.begin(), ends_.end(), start) - ends_.begin()) - 1;
+  place_ = page_->find(target);
 }
 
 void BTree::Cursor::load(PageView leaf) {
+  page_ = tree_.view(leaf);
   leaf_ = std::move(leaf);
-  ends_ = tree_.view(leaf_).entryEnds();
 }
 
 // To the neighbouring leaf; false when there is none.
 bool BTree::Cursor::step(bool forward) {
-  const IndexPage here = tree_.view(leaf_);
-  const PageNumber number = here.number(), neighbour = forward ? here.next() : here.previous();
+  const PageNumber number = page_->number(), neighbour = forward ? page_->next() : page_->previous();
   if (neighbour == 0) return false;
   const int64_t direction = forward ? 1 : -1;
   steps_ = steps_ * direction > 0 ? steps_ + direction : direction;
@@ -33,29 +30,33 @@ bool BTree::Cursor::step(bool forward) {
   return true;
 }
 
-void BTree::Cursor::take(size_t index) {
-  const EntryView entry = tree_.view(leaf_).entry(index == 0 ? 0 : ends_[index - 1], ends_[index]);
+void BTree::Cursor::take(uint32_t start, uint32_t end) {
+  const EntryView entry = page_->entry(start, end);
   entry.copy(entry.keyLength(), key_);
   row_ = RowId::fromStored(entry.row());
 }
 
 bool BTree::Cursor::next() {
   if (!leaf_) seek({});
-  while (index_ + 1 == static_cast<int>(ends_.size())) {
+  while (place_ >= page_->used()) {
     if (!step(true)) return false;
-    index_ = -1;
+    place_ = 0;
   }
-  take(static_cast<size_t>(++index_));
+  const uint32_t end = page_->entryEnd(place_);
+  take(place_, end);
+  place_ = end;
   return true;
 }
 
 bool BTree::Cursor::previous() {
   if (!leaf_) seek({});
-  while (index_ < 0) {
+  while (place_ == 0) {
     if (!step(false)) return false;
-    index_ = static_cast<int>(ends_.size()) - 1;
+    place_ = page_->used();
   }
-  take(static_cast<size_t>(index_--));
+  const uint32_t start = page_->entryStart(place_);
+  take(start, place_);
+  place_ = start;
   return true;
 }
 
