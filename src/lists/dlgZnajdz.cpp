@@ -18,7 +18,8 @@ bool isDataEntry(const ChildForm& form) { return form.formName().startsWith(u"da
 }  // namespace
 
 dlgZnajdz& dlgZnajdz::of(Session& session, KarForm& caller) {
-  QWidget* parent = session.frame() ? session.frame()->window() : caller.window();
+  QWidget* frame = session.frame() ? session.frame()->window() : nullptr;
+  QWidget* parent = frame ? frame : caller.window();
   auto* dialog = parent->findChild<dlgZnajdz*>(QStringLiteral("dlgZnajdz"), Qt::FindDirectChildrenOnly);
   if (!dialog) dialog = new dlgZnajdz(session, parent);
   dialog->setCaller(caller);

@@ -353,7 +353,10 @@ void KarForm::addQuickText(QLineEdit* field) {
 }
 
 void KarForm::addQuickCombo(QComboBox* combo) {
-  connect(combo, &QComboBox::currentIndexChanged, this, [this] {
+  if (combo->lineEdit()) combo->lineEdit()->installEventFilter(this);
+  combo->installEventFilter(this);
+  connect(combo, &QComboBox::currentIndexChanged, this, [this, combo] {
+    if (combo->lineEdit()) combo->lineEdit()->home(false);  // the beginning tells more than the end
     if (loading_ == 0) requery();
   });
 }
@@ -361,17 +364,22 @@ void KarForm::addQuickCombo(QComboBox* combo) {
 bool KarForm::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() == QEvent::KeyPress) {
     const int key = static_cast<QKeyEvent*>(event)->key();
-    if (auto* field = qobject_cast<QLineEdit*>(watched)) {
-      if (key == Qt::Key_Escape && !field->text().isEmpty()) {
-        field->clear();
-        requery();
-        return true;
-      }
-      if (key == Qt::Key_Down || key == Qt::Key_PageDown) {
-        if (quickDelay_.isActive()) requery();
-        grid_->setFocus();
-        return true;
-      }
+    auto* field = qobject_cast<QLineEdit*>(watched);
+    auto* combo = qobject_cast<QComboBox*>(field ? field->parent() : watched);
+    if (combo && key == Qt::Key_Escape && !combo->currentText().isEmpty()) {
+      combo->setCurrentIndex(0);
+      if (field) field->clear();
+      return true;
+    }
+    if (field && !combo && key == Qt::Key_Escape && !field->text().isEmpty()) {
+      field->clear();
+      requery();
+      return true;
+    }
+    if (field && !combo && (key == Qt::Key_Down || key == Qt::Key_PageDown)) {
+      if (quickDelay_.isActive()) requery();
+      grid_->setFocus();
+      return true;
     }
   }
   return ChildForm::eventFilter(watched, event);
@@ -379,7 +387,7 @@ bool KarForm::eventFilter(QObject* watched, QEvent* event) {
 
 void KarForm::keyPressEvent(QKeyEvent* event) {
   if (event->key() == Qt::Key_Escape) {
-    if (grid_->hasFocus() && grid_->selectedRows().size() > 1)
+    if (focusWidget() == grid_ && grid_->selectedRows().size() > 1)
       grid_->goToRow(grid_->currentRow());
     else
       closeWindow();

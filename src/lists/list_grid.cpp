@@ -3,6 +3,7 @@
 #include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QMenu>
+#include <QPainter>
 #include <QSet>
 #include <QStyleOptionHeader>
 #include <algorithm>
@@ -217,6 +218,15 @@ void ListGrid::keyPressEvent(QKeyEvent* event) {
         break;
     }
   QTableView::keyPressEvent(event);
+}
+
+void ListGrid::paintEvent(QPaintEvent* event) {
+  QTableView::paintEvent(event);
+  if (model_.rows() > 0) return;
+  QPainter painter(viewport());
+  painter.setPen(palette().color(QPalette::Disabled, QPalette::Text));
+  painter.drawText(viewport()->rect().adjusted(0, 2 * fontMetrics().height(), 0, 0),
+                   Qt::AlignHCenter | Qt::AlignTop, QStringLiteral("Brak wierszy do wyświetlenia"));
 }
 
 void ListGrid::contextMenuEvent(QContextMenuEvent* event) {

@@ -25,7 +25,7 @@ QString formatCell(const jet::Value& value, CellFormat format) {
   switch (format) {
     case CellFormat::ShortDate: {
       const QDate date = toDate(value);
-      return date.isValid() ? QLocale().toString(date, QLocale::ShortFormat) : toText(value);
+      return date.isValid() ? date.toString(QStringLiteral("dd.MM.yyyy")) : toText(value);
     }
     case CellFormat::Money:
       return moneyText(value);

@@ -67,10 +67,10 @@ void karEWKAR::buildBands() {
     addQuickCombo(*combo);
   }
   cmbPracownik_->lineEdit()->setPlaceholderText(QStringLiteral("(wszyscy)"));
-  addBand(u"pboxNazwa", u"labNazwa", u"Nazwa przedmiotu", txtNazwa_, u"txtNazwa", 44);
+  addBand(u"pboxNazwa", u"labNazwa", u"Nazwa przedmiotu", txtNazwa_, u"txtNazwa", 46);
   addBand(u"pboxNumewi", u"labNumer", u"Nr ewidencyjny", txtNumewi_, u"txtNumewi", 34);
   addBand(u"pboxNumser", u"labKOntrah", u"Nr seryjny", txtNumser_, u"txtNumser", 30);
-  addBand(u"pboxGrupa", u"labGrupa", u"Grupa", cmbGrupa_, u"cmbGrupa", 32);
+  addBand(u"pboxGrupa", u"labGrupa", u"Grupa", cmbGrupa_, u"cmbGrupa", 38);
   addBand(u"pboxPracownik", u"labIndjed", u"Użytkownik", cmbPracownik_, u"cmbPracownik", 42);
   buildButtons();
   page().addWidget(coolWPKAR_);
