@@ -113,7 +113,15 @@ CardSums cardSums(jet::Database& database, const QString& statement) {
   return sums;
 }
 
-QString sumText(double sum) { return QLocale().toString(sum, 'f', 2); }
+QString sumText(double sum) {
+  QLocale locale;
+  locale.setNumberOptions(QLocale::OmitGroupSeparator);
+  QString text = locale.toString(sum, 'f', 2);
+  // The locale itself leaves numbers of four digits ungrouped.
+  const qsizetype first = text.startsWith(locale.negativeSign()) ? 1 : 0;
+  for (qsizetype at = text.size() - 6; at > first; at -= 3) text.insert(at, locale.groupSeparator());
+  return text;
+}
 
 void deleteItems(jet::Workspace& workspace, jet::Database& database, const QList<int>& keys,
                  const std::function<void(qsizetype)>& done) {
