@@ -78,6 +78,23 @@ class Value {
   Value(T&& v) : storage_(std::in_place_type<std::remove_cvref_t<T>>, std::forward<T>(v)) {}
   Value(const char16_t* text) : storage_(Text(text)) {}
   Value(std::u16string_view text) : storage_(Text(text)) {}
+  // Not the variant's own copy: GCC 12's destroys what it has not made when memory runs out.
+  Value(const Value& other) {
+    if (const Text* text = other.getIf<Text>()) {
+      storage_.emplace<Text>(*text);
+    } else if (const Binary* bytes = other.getIf<Binary>()) {
+      storage_.emplace<Binary>(*bytes);
+    } else {
+      storage_ = other.storage_;
+    }
+  }
+  Value& operator=(const Value& other) {
+    if (this != &other) storage_ = std::move(Value(other).storage_);
+    return *this;
+  }
+  Value(Value&&) noexcept = default;
+  Value& operator=(Value&&) noexcept = default;
+  ~Value() = default;
 
   bool isNull() const { return storage_.index() == 0; }
   // Text for every text, Binary for every byte string.
