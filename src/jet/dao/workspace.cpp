@@ -40,13 +40,12 @@ void Workspace::Impl::endLevel(bool keep) {
   for (Database::Impl* database : databases) {
     if (database->pager->level() <= transactionLevel) continue;
     try {
-      if (keep && !failure)
-        database->pager->commit();
-      else
-        database->pager->rollback();
+      if (keep && !failure) database->pager->commit();
     } catch (...) {
       failure = std::current_exception();
     }
+    // What was not committed; a failed commit of an inner level leaves it open.
+    while (database->pager->level() > transactionLevel) database->pager->rollback();
   }
   if (failure) std::rethrow_exception(failure);
 }
