@@ -10,6 +10,26 @@ namespace jet {
 
 namespace {
 
+constexpr uint64_t kHashPrime = 0x100000001B3;
+
+// Equal values have equal hashes; Null has 0.
+struct ValueHash {
+  uint64_t operator()(std::monostate) const { return 0; }
+  uint64_t operator()(const Binary& v) const { return std::hash<std::string_view>()(asChars(v)); }
+  uint64_t operator()(const Guid& v) const { return std::hash<std::string_view>()(asChars(v.bytes)); }
+  uint64_t operator()(const Currency& v) const { return std::hash<int64_t>()(v.scaled); }
+  uint64_t operator()(const Date& v) const { return std::hash<double>()(v.days); }
+  uint64_t operator()(const Decimal& v) const {
+    uint64_t hash = v.negative ? 1 : 0;
+    for (const uint32_t word : v.magnitude) hash = hash * kHashPrime + word;
+    return hash * 31 + v.scale;
+  }
+  template <typename T>
+  uint64_t operator()(const T& v) const {
+    return std::hash<T>()(v);
+  }
+};
+
 constexpr char kSource[] = "DAO.Recordset";
 
 std::mt19937& randomSource() {
@@ -155,6 +175,17 @@ void Table::remove(RowId row) {
   Transaction change(catalog_.pager());
   Cascade(*this).remove(row);
   change.commit();
+}
+
+uint64_t Table::identity(const RowReader& row) const {
+  const IndexDef* primary = def_->primaryKey();
+  if (!primary) return 1;
+  uint64_t hash = 1;
+  for (const IndexColumn& part : def_->realIndexes[static_cast<size_t>(primary->real)].columns) {
+    const Value key = column(row, part.ordinal);
+    hash = hash * kHashPrime + std::visit(ValueHash{}, key.storage());
+  }
+  return hash == 0 ? 1 : hash;
 }
 
 std::string Table::indexKey(int realIndex, std::span<const Value> values) const {

@@ -43,6 +43,8 @@ class Table {
   Value column(const RowReader& row, int ordinal) const { return rows_.value(row, ordinal); }
   // The pinned row's bytes; nullopt when gone.
   std::optional<Heap::Row> fetch(RowId row) const { return rows_.heap().fetch(row); }
+  // Tells a record from another that has come to its place: made of its primary key, never 0; 1 without one.
+  uint64_t identity(const RowReader& row) const;
   Heap::Scan scan() const { return rows_.scan(); }
   RowReader reader(Bytes row, PageNumber where) const { return rows_.reader(row, where); }
 

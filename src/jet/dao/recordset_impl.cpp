@@ -16,6 +16,7 @@ void Recordset::Impl::open() {
   discardEdit();
   result.reset();
   plan.reset();
+  identities_.clear();
   const bool wantsRows = requested == RecordsetType::Snapshot || requested == RecordsetType::ForwardOnly;
   if (!wantsRows) plan = database.engine->dynaset(source);
   if (requested == RecordsetType::Table && (!plan || !database.catalog->table(source)))
@@ -28,7 +29,7 @@ void Recordset::Impl::open() {
 std::optional<std::vector<Value>> Recordset::Impl::readRow(size_t row) const {
   if (isDynaset()) {
     ReadScope scope(*database.pager);
-    return database.engine->dynasetRow(*plan, plan->rows[row]);
+    return database.engine->dynasetRow(*plan, plan->rows[row], identityOf(row));
   }
   std::vector<Value> values;
   values.reserve(columns().size());
@@ -51,7 +52,7 @@ Value Recordset::Impl::fieldValue(size_t column) const {
   const int level = database.pager->level();
   // Inside a transaction the counter does not tell one state from the next.
   if (cachedRow_ != plan->rows[row] || cachedChange_ != change || cachedLevel_ != level || level > 0) {
-    auto values = database.engine->dynasetRow(*plan, plan->rows[row]);
+    auto values = database.engine->dynasetRow(*plan, plan->rows[row], identityOf(row));
     if (!values) throw Error(3167, {}, kSource);
     cached_ = std::move(*values);
     cachedRow_ = plan->rows[row];
@@ -102,6 +103,22 @@ Table& Recordset::Impl::openTable() {
   return *table_;
 }
 
+uint64_t& Recordset::Impl::identityOf(size_t row) const {
+  if (identities_.size() < plan->rows.size()) identities_.resize(plan->rows.size());
+  return identities_[row];
+}
+
+// A page that was emptied gives its places to new records.
+Heap::Row Recordset::Impl::fetchCurrent(const Table& table) const {
+  auto found = table.fetch(currentRow());
+  if (!found) throw Error(3167, {}, kSource);
+  uint64_t& seen = identityOf(static_cast<size_t>(position));
+  const uint64_t now = table.identity(table.reader(found->bytes, found->where));
+  if (seen != 0 && seen != now) throw Error(3167, {}, kSource);
+  seen = now;
+  return std::move(*found);
+}
+
 RowId Recordset::Impl::currentRow() const {
   if (!isDynaset()) throw Error(3326, {}, kSource);
   if (!hasCurrent()) throw Error(3021, {}, kSource);
@@ -113,8 +130,9 @@ void Recordset::Impl::beginEdit() {
   if (database.pager->readOnly()) throw Error(3027, {}, kSource);
   discardEdit();
   ReadScope scope(*database.pager);
-  original = openTable().read(row);
-  if (!original) throw Error(3167, {}, kSource);
+  const Table& table = openTable();
+  fetchCurrent(table);
+  original = table.read(row);
   buffer.assign(plan->table->columns.size(), std::nullopt);
   editMode = EditMode::Edit;
 }
@@ -139,11 +157,11 @@ void Recordset::Impl::storeEdit() {
     if (buffer[i]) changes.push_back({static_cast<int>(i), *buffer[i]});
   Transaction transaction(*database.pager);
   Table& table = openTable();
-  const auto now = table.read(row);
-  if (!now) throw Error(3167, {}, kSource);
-  if (*now != *original) throw Error(3197, {}, kSource);
+  fetchCurrent(table);
+  if (table.read(row) != original) throw Error(3197, {}, kSource);
   table.update(row, changes);
   transaction.commit();
+  identityOf(static_cast<size_t>(position)) = 0;
   lastModified = bookmarkOf(position);
 }
 
@@ -169,7 +187,7 @@ void Recordset::Impl::remove() {
   discardEdit();
   Transaction transaction(*database.pager);
   Table& table = openTable();
-  if (!table.fetch(row)) throw Error(3167, {}, kSource);
+  fetchCurrent(table);
   table.remove(row);
   transaction.commit();
 }

@@ -30,6 +30,8 @@ struct Recordset::Impl {
   // The dynaset's table as it is now defined; stays open from call to call, so that many AddNews find their
   // page and index trees at once.
   Table& openTable();
+  // The current record as it is now; 3167 when it is gone or another has come to its place.
+  Heap::Row fetchCurrent(const Table& table) const;
   RowId currentRow() const;  // 3021, 3326 for a snapshot
   void beginEdit();
   void beginAdd();
@@ -55,7 +57,10 @@ struct Recordset::Impl {
   std::string lastModified;
 
  private:
+  uint64_t& identityOf(size_t row) const;
+
   std::unique_ptr<Table> table_;
+  mutable std::vector<uint64_t> identities_;   // by row: Table::identity as first seen; 0 not seen yet
   mutable std::vector<Value> cached_;  // values of cachedRow_ as of cachedChange_
   mutable RowId cachedRow_;
   mutable uint64_t cachedChange_ = 0;

@@ -247,13 +247,17 @@ std::optional<DynasetPlan> Engine::dynaset(std::u16string_view sql, const Parame
   return plan;
 }
 
-std::optional<std::vector<Value>> Engine::dynasetRow(const DynasetPlan& plan, RowId row) {
+std::optional<std::vector<Value>> Engine::dynasetRow(const DynasetPlan& plan, RowId row,
+                                                     uint64_t& identity) {
   const ReadScope scope(impl_->catalog.pager());
   const Table table(impl_->catalog, plan.table);
   std::vector<Value> values(plan.ordinals.size());
   auto fetched = table.fetch(row);
   if (!fetched) return std::nullopt;
   const RowReader reader = table.reader(fetched->bytes, fetched->where);
+  const uint64_t found = table.identity(reader);
+  if (identity != 0 && identity != found) return std::nullopt;
+  identity = found;
   for (size_t i = 0; i < values.size(); ++i)
     if (plan.ordinals[i] >= 0) values[i] = table.column(reader, plan.ordinals[i]);
   if (!plan.outputs) return values;

@@ -63,8 +63,9 @@ class Engine {
   void query(std::u16string_view sql, RowSink& sink, const Parameters& parameters = {});
   // nullopt when the query is not updatable row by row (joins, groups, unions, DISTINCT, no table).
   std::optional<DynasetPlan> dynaset(std::u16string_view sql, const Parameters& parameters = {});
-  // The values of a dynaset's output columns for one row as it is now; nullopt when deleted.
-  std::optional<std::vector<Value>> dynasetRow(const DynasetPlan& plan, RowId row);
+  // The values of a dynaset's output columns for one row as it is now; nullopt when deleted. `identity` becomes
+  // the record's (Table::identity); when it was known (not 0), another record in the row counts as deleted.
+  std::optional<std::vector<Value>> dynasetRow(const DynasetPlan& plan, RowId row, uint64_t& identity);
 
   // INSERT, UPDATE, DELETE, SELECT INTO and data definition; returns the number of records affected. One
   // statement is one savepoint: on an error nothing of it remains.

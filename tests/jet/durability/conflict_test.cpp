@@ -75,6 +75,34 @@ TEST(EngineConflict, NothingIsOverwritten) {
   }
 }
 
+// A table that became empty and was filled again has new records in the places of the old ones.
+TEST(EngineConflict, ANewRecordInTheOldOnesPlaceIsNotTakenForIt) {
+  for (const char* ours : {"value", "edit", "update", "remove"}) {
+    SCOPED_TRACE(ours);
+    const std::string action = ours;
+    TwoCopies copies;
+    copies.mine->execute(
+        u"CREATE TABLE kolejka (id COUNTER CONSTRAINT PrimaryKey PRIMARY KEY, nazwa TEXT(20))");
+    copies.mine->execute(u"INSERT INTO kolejka (nazwa) VALUES ('pierwszy')");
+    const auto rows = copies.mine->openRecordset(u"kolejka");
+    EXPECT_EQ(rows->value(u"nazwa"), Value(u"pierwszy"));
+    if (action == "update") {
+      rows->edit();
+      rows->field(u"nazwa").setValue(Value(u"nasz"));
+    }
+    copies.other->execute(u"DELETE FROM kolejka");
+    copies.other->execute(u"INSERT INTO kolejka (nazwa) VALUES ('drugi')");
+    EXPECT_EQ(errorOf([&] {
+                if (action == "value") rows->value(u"nazwa");
+                if (action == "edit") rows->edit();
+                if (action == "update") rows->update();
+                if (action == "remove") rows->remove();
+              }),
+              3167);
+    EXPECT_EQ(one(*copies.other, u"SELECT nazwa FROM kolejka"), "drugi");
+  }
+}
+
 TEST(EngineConflict, TheNextStatementSeesWhatTheOtherCommitted) {
   TwoCopies copies;
   Database& mine = *copies.mine;

@@ -353,10 +353,13 @@ TEST_F(SelectTest, Dynasets) {
   ASSERT_TRUE(plan);
   EXPECT_EQ(plan->ordinals, (std::vector<int>{2, -1, 0}));
   ASSERT_EQ(plan->rows.size(), 2u);
-  const auto row = db_->engine().dynasetRow(*plan, plan->rows[1]);
+  uint64_t identity = 0, other = 4711;
+  const auto row = db_->engine().dynasetRow(*plan, plan->rows[1], identity);
   ASSERT_TRUE(row);
   EXPECT_EQ(*row, (std::vector<Value>{Value(u"Ala"), Value(20), Value(1)}));
-  EXPECT_FALSE(db_->engine().dynasetRow(*plan, RowId{1, 200}));
+  EXPECT_TRUE(db_->engine().dynasetRow(*plan, plan->rows[1], identity));
+  EXPECT_FALSE(db_->engine().dynasetRow(*plan, plan->rows[1], other)) << "another record";
+  EXPECT_FALSE(db_->engine().dynasetRow(*plan, RowId{1, 200}, identity));
   for (const auto* sql :
        {u"SELECT DISTINCT a FROM t", u"SELECT count(*) FROM t", u"SELECT t.id FROM t, u",
         u"SELECT id FROM t UNION SELECT id FROM u", u"SELECT a FROM t GROUP BY a", u"SELECT 1"})
