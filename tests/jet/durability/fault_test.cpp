@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <iostream>
+#include <set>
 
 #include "jet/durability/script.h"
+#include "support/allocation_fault.h"
 
 namespace jet::test {
 namespace {
@@ -22,13 +24,14 @@ class Persistent {
              const std::vector<std::string>& contents)
       : workspace_(env), script_(script), contents_(contents) {}
 
-  // Runs `attempt` around each step, which may throw. With `again` a failed statement inside a transaction is
-  // tried again there; otherwise the transaction is. Returns the errors' numbers, 0 for those of memory.
+  // Runs `attempt` with the number of each step and the step, which may throw. With `again` a failed
+  // statement inside a transaction is tried again there; otherwise the transaction is. Returns the errors'
+  // numbers, 0 for those of memory.
   template <typename Attempt, typename Heal>
   std::vector<int> run(bool again, Attempt attempt, Heal heal) {
     for (int tries = 0; next_ < script_.size() && tries < 200; ++tries) {
       try {
-        attempt([&] {
+        attempt(next_, [&] {
           if (!database_) database_ = workspace_.openDatabase(kPath);
           if (next_ < script_.size()) perform(workspace_, *database_, script_[next_]);
         });
@@ -140,7 +143,7 @@ TEST(EngineFault, EveryCallFailsOnceAndForEver) {
       const std::vector<int> errors =
           Persistent(env, script, contents)
               .run(
-                  n % 3 != 0, [](const auto& step) { step(); }, [&] { env.heal(); });
+                  n % 3 != 0, [](size_t, const auto& step) { step(); }, [&] { env.heal(); });
       if (!env.failed()) break;
       ++points;
       for (const int found : errors) EXPECT_EQ(found, error);
@@ -163,10 +166,10 @@ TEST(EngineFault, FullDiskRefusesAndNothingIsLost) {
     SCOPED_TRACE("room " + std::to_string(room));
     const auto copy = copyOf(*files);
     copy->setCapacity(used + room);
-    const std::vector<int> errors =
-        Persistent(*copy, script, contents)
-            .run(
-                room % 1024 == 0, [](const auto& step) { step(); }, [&] { copy->setCapacity(~uint64_t{0}); });
+    const std::vector<int> errors = Persistent(*copy, script, contents)
+                                        .run(
+                                            room % 1024 == 0, [](size_t, const auto& step) { step(); },
+                                            [&] { copy->setCapacity(~uint64_t{0}); });
     for (const int found : errors) EXPECT_EQ(found, 3026);
     EXPECT_LE(errors.size(), 1u);
     if (errors.empty() || HasFailure()) break;
@@ -175,6 +178,96 @@ TEST(EngineFault, FullDiskRefusesAndNothingIsLost) {
   }
   EXPECT_GT(full, 20);
   std::cout << "full disks " << full << "\n";
+}
+
+// Runs `action` with the n-th allocation failing; true when it threw for that.
+template <typename Action>
+bool throwsAt(uint64_t n, Action action) {
+  try {
+    const AllocationFault fault(n);
+    action();
+  } catch (const std::bad_alloc&) {
+    return true;
+  } catch (const Error& error) {
+    EXPECT_TRUE(AllocationFault::failed()) << error.what();
+    return true;
+  }
+  return false;
+}
+
+// Steps apart by a 25th of what was tried, in the long run by one.
+uint64_t following(uint64_t n, std::mt19937_64& random) {
+  return n + (longRun() ? 1 : 1 + random() % (n / 12 + 1));
+}
+
+TEST(EngineMemoryFault, EveryAllocationOfAReadFailsOnce) {
+  const auto files = startingFiles();
+  const struct {
+    const char* name;
+    void (*read)(Database& database);
+  } reads[] = {
+      {"tables", [](Database& d) { contentOf(d); }},
+      {"join",
+       [](Database& d) {
+         d.openRecordset(
+             u"SELECT dzialy.nazwa, Count(*), Max(uwagi) FROM (dzialy LEFT JOIN osoby ON dzialy.id = "
+             u"osoby.dzial) LEFT JOIN rzeczy ON osoby.id = rzeczy.osoba GROUP BY dzialy.nazwa ORDER BY 2");
+       }},
+      {"find",
+       [](Database& d) {
+         d.openRecordset(u"SELECT * FROM osoby ORDER BY nazwisko")->findFirst(u"kwota > 5");
+       }},
+      {"check", [](Database& d) { d.check([](const std::u16string&) {}); }},
+  };
+  uint64_t points = 0;
+  std::mt19937_64 random(3);
+  for (const auto& [name, read] : reads) {
+    Workspace workspace(*files);
+    for (uint64_t n = 1;; n = following(n, random), ++points) {
+      SCOPED_TRACE(std::string(name) + ", allocation " + std::to_string(n));
+      std::unique_ptr<Database> database;
+      throwsAt(n, [&] {
+        database = workspace.openDatabase(kPath);
+        read(*database);
+      });
+      const bool failed = AllocationFault::failed();
+      if (!database) database = workspace.openDatabase(kPath);
+      read(*database);
+      if (!failed || HasFailure()) break;
+    }
+    const auto database =
+        workspace.openDatabase(kPath, {.exclusive = true, .readOnly = false, .connect = {}});
+    expectSound(*database);
+  }
+  std::cout << "failing allocations of reads " << points << "\n";
+}
+
+TEST(EngineMemoryFault, EveryAllocationOfAChangeFailsOnce) {
+  const std::vector<std::string> script = shortScript();
+  const auto files = startingFiles();
+  const std::vector<std::string> contents = committedContents(*files, script);
+  uint64_t points = 0;
+  std::mt19937_64 random(3);
+  for (uint64_t n = 1;; n = following(n, random)) {
+    SCOPED_TRACE("allocation " + std::to_string(n));
+    const auto copy = copyOf(*files);
+    // The n-th allocation of every step fails when the step is first tried.
+    std::set<size_t> met;
+    size_t current = 0;
+    const auto attempt = [&](size_t step, const auto& action) {
+      current = step;
+      if (met.contains(step)) return action();
+      const AllocationFault fault(n);
+      action();
+    };
+    const size_t errors =
+        Persistent(*copy, script, contents).run(n % 3 != 0, attempt, [&] { met.insert(current); }).size();
+    points += errors;
+    expectFinal(*copy, contents.back());
+    if (errors == 0 || HasFailure()) break;
+  }
+  EXPECT_GT(points, 500u);
+  std::cout << "failing allocations of changes " << points << "\n";
 }
 
 }  // namespace
