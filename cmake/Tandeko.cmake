@@ -20,18 +20,6 @@ if(TANDEKO_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
-# Headers that nearly every file of a target includes are compiled once; not under a compiler cache, which
-# does better without them.
-function(tandeko_precompile name)
-  if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
-    target_precompile_headers(${name} PRIVATE ${ARGN})
-    # Behind precompiled headers GCC 12 also sees too long copies of strings and variants.
-    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-      target_compile_options(${name} PRIVATE -Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread)
-    endif()
-  endif()
-endfunction()
-
 # tandeko_library(NAME [QT] [DEPENDS library ...]): a static library of all sources below this folder, but
 # for main.cpp, which is a program's.
 # With QT, moc and uic run over it.
@@ -59,9 +47,6 @@ function(tandeko_library name)
     endif()
     target_link_libraries(${name} PUBLIC Qt6::Widgets)
     target_compile_definitions(${name} PUBLIC QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)
-    tandeko_precompile(${name} <QtWidgets>)
-  else()
-    tandeko_precompile(${name} <algorithm> <functional> <map> <memory> <optional> <span> <string> <variant> <vector>)
   endif()
   foreach(dependency ${ARG_DEPENDS})
     if(TARGET ${dependency})
@@ -85,10 +70,8 @@ function(tandeko_tests name)
     set_target_properties(${name} PROPERTIES AUTOMOC ON)
     target_sources(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests/support/gui_main.cpp)
     target_link_libraries(${name} PRIVATE Qt6::Test GTest::gmock)
-    tandeko_precompile(${name} <QtWidgets> <QtTest> <gtest/gtest.h>)
   else()
     target_link_libraries(${name} PRIVATE GTest::gmock GTest::gtest_main)
-    tandeko_precompile(${name} <gtest/gtest.h>)
   endif()
   target_link_libraries(${name} PRIVATE ${ARG_DEPENDS})
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST
