@@ -31,7 +31,7 @@ class PowerCuts {
     for (const Loss loss : {Loss::Everything, Loss::Nothing, Loss::Random, Loss::Random}) {
       if (random_() % sparseness_ != 0) continue;
       ++tally.points;
-      reopen(*files.afterPowerCut(loss, random_), expected, random_() % 4 == 0);
+      reopen(*files.afterPowerCut(loss, random_), expected, random_() % (longRun() ? 12 : 4) == 0);
     }
   }
 
@@ -48,7 +48,7 @@ class PowerCuts {
     if (again) {
       env.onChange = [&] {
         for (const Loss loss : {Loss::Everything, Loss::Nothing, Loss::Random}) {
-          if (random_() % 8 != 0 && !longRun()) continue;
+          if (random_() % 8 != 0) continue;
           ++tally.recoveryPoints;
           reopen(*files.afterPowerCut(loss, random_), expected, false);
         }
