@@ -10,7 +10,8 @@ thread_local bool allocationFailed = false;
 
 }  // namespace
 
-// Replaces the program's allocation function; the other forms of new call this one.
+// Replaces the program's allocation functions. The forms for arrays call these, but a sanitizer's form without
+// exceptions does not.
 void* operator new(std::size_t size) {
   if (allocationsLeft > 0 && --allocationsLeft == 0) {
     allocationFailed = true;
@@ -21,8 +22,17 @@ void* operator new(std::size_t size) {
   return memory;
 }
 
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  try {
+    return operator new(size);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
 
 namespace jet::test {
 
