@@ -1,4 +1,4 @@
-// The structure tool: the only program that creates tables.
+// The structure tool: the only program that creates and changes tables.
 
 #include <cstdio>
 #include <string>
@@ -7,10 +7,24 @@
 #include "jet/dao/dao.h"
 #include "structure/create.h"
 
+#ifdef TANDEKO_GUI
+#include <QApplication>
+#include <QIcon>
+#include <QLocale>
+
+#include "handover.h"
+#include "platform/resources.h"
+#include "window.h"
+#endif
+
 namespace {
 
 constexpr char kUsage[] =
     "fundamo --create FILE [--password PW]   new database with the current structure\n"
+#ifdef TANDEKO_GUI
+    "fundamo \"A|FILE\"                       upgrade FILE, answer through the registry\n"
+    "fundamo                                window with both commands\n"
+#endif
     "fundamo --help | --version\n";
 
 std::filesystem::path toPath(const std::string& utf8) {
@@ -27,6 +41,26 @@ int create(const std::string& file, const std::string& password) {
   }
 }
 
+#ifdef TANDEKO_GUI
+// Needs no display: the program that waits for the answer shows what there is to show.
+int upgrade(int argc, char** argv) {
+  const QCoreApplication application(argc, argv);
+  return upgradeForProgram(*tandeko::systemRegistry(), application.arguments().at(1).mid(2));
+}
+
+int showWindow(int argc, char** argv) {
+  QLocale::setDefault(QLocale(QLocale::Polish, QLocale::Poland));
+  const QApplication application(argc, argv);
+  QApplication::setApplicationDisplayName(QStringLiteral("Fundamo bazy"));
+  tandeko::useResources();
+  QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/program-48.png")));
+  tandeko::ScreenMessages messages;
+  Window window(messages);
+  window.show();
+  return QApplication::exec();
+}
+#endif
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -34,6 +68,11 @@ int main(int argc, char** argv) {
   if (words.size() == 1 && words[0] == "--help") return std::fputs(kUsage, stdout), 0;
   if (words.size() == 1 && words[0] == "--version") return std::puts("fundamo " TANDEKO_VERSION), 0;
   if (words.size() == 2 && words[0] == "--create") return create(words[1], {});
-  if (words.size() == 4 && words[0] == "--create" && words[2] == "--password") return create(words[1], words[3]);
+  if (words.size() == 4 && words[0] == "--create" && words[2] == "--password")
+    return create(words[1], words[3]);
+#ifdef TANDEKO_GUI
+  if (words.empty()) return showWindow(argc, argv);
+  if (words.size() == 1 && words[0].starts_with("A|")) return upgrade(argc, argv);
+#endif
   return std::fputs(kUsage, stderr), 2;
 }

@@ -1,6 +1,7 @@
 #include "structure/create.h"
 
 #include "structure/description.h"
+#include "structure/first_rows.h"
 
 namespace structure {
 
@@ -12,18 +13,6 @@ void makeTables(jet::Catalog& catalog) {
     for (const jet::Relation& relation : description.relations) catalog.createRelation(relation);
 }
 
-void addFirstRows(jet::Database& database) {
-  const auto programs = database.openRecordset(u"SELECT * FROM dbprg");
-  programs->addNew();
-  programs->field(u"Indprg").setValue(jet::Value(kProgramCode));
-  programs->field(u"Nazwa").setValue(jet::Value(kProgramName));
-  programs->field(u"VerMajor").setValue(jet::Value(kVersionMajor));
-  programs->field(u"VerMinor").setValue(jet::Value(kVersionMinor));
-  programs->update();
-  // Lists take their warehouse and bin rows from this table's one row.
-  database.execute(u"INSERT INTO dbfir (Nazwa) VALUES ('Nazwa firmy...')");
-}
-
 }  // namespace
 
 void createDatabase(const std::filesystem::path& path, std::u16string_view password) {
@@ -32,7 +21,8 @@ void createDatabase(const std::filesystem::path& path, std::u16string_view passw
   try {
     workspace.beginTrans();
     database->define(makeTables);
-    addFirstRows(*database);
+    addProgramRow(*database);
+    addFirmRow(*database);
     workspace.commitTrans();
   } catch (...) {
     database->close();
