@@ -4,6 +4,15 @@
 
 namespace tandeko {
 
+QSize DropDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const {
+  return rowSize_.isValid() ? rowSize_ : QStyledItemDelegate::sizeHint(option, index);
+}
+
+void DropDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {
+  QStyledItemDelegate::initStyleOption(option, index);
+  if (rowSize_.isValid()) option->displayAlignment = Qt::AlignHCenter | Qt::AlignTop;
+}
+
 void DropDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                          const QModelIndex& index) const {
   if (!isTarget_(index)) {

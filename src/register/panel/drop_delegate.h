@@ -12,10 +12,18 @@ class DropDelegate : public QStyledItemDelegate {
   DropDelegate(Test isTarget, QObject* parent)
       : QStyledItemDelegate(parent), isTarget_(std::move(isTarget)) {}
 
+  // The size of every row, with texts below their pictures; an invalid one leaves it to the texts.
+  void setRowSize(const QSize& size) { rowSize_ = size; }
+
+  QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
   void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+
+ protected:
+  void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
 
  private:
   Test isTarget_;
+  QSize rowSize_;
 };
 
 }  // namespace tandeko

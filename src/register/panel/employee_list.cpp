@@ -150,8 +150,10 @@ void EmployeeList::setMode(Mode mode) {
   const int icon = large ? kLargeIcon : kSmallIcon;
   icons_->setIconSize({icon, icon});
   const QFontMetrics metrics(icons_->font());
-  icons_->setGridSize(large ? QSize(metrics.averageCharWidth() * 17, kLargeIcon + metrics.height() * 5 / 2)
-                            : QSize(metrics.averageCharWidth() * 26, qMax(kSmallIcon, metrics.height()) + 4));
+  const QSize cell = large ? QSize(metrics.averageCharWidth() * 17, kLargeIcon + metrics.height() * 5 / 2)
+                           : QSize(metrics.averageCharWidth() * 26, qMax(kSmallIcon, metrics.height()) + 4);
+  icons_->setGridSize(cell);
+  static_cast<DropDelegate*>(icons_->itemDelegate())->setRowSize(large ? cell : QSize());
   const bool focused = view().hasFocus();
   setCurrentWidget(mode == Mode::Details ? static_cast<QWidget*>(details_) : icons_);
   setFocusProxy(&view());
