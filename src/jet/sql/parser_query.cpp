@@ -16,8 +16,21 @@ SourcePtr makeSource(Source::Kind kind) {
 
 }  // namespace
 
+// A bracket begins a query only when nothing but a union or the end of the query follows its partner: in
+// ((SELECT ...) AS a INNER JOIN b ...) and ((SELECT ...) + 1) the outer one does not.
 bool Parser::atQuery(size_t ahead) const {
-  while (at(Symbol::LeftParen, ahead)) ++ahead;
+  if (at(Symbol::LeftParen, ahead)) {
+    if (!atQuery(ahead + 1)) return false;
+    int depth = 0;
+    for (;; ++ahead) {
+      if (peek(ahead).kind == TokenKind::End) return true;
+      if (at(Symbol::LeftParen, ahead)) ++depth;
+      if (at(Symbol::RightParen, ahead) && --depth == 0) break;
+    }
+    ++ahead;
+    return at(Symbol::RightParen, ahead) || at(u"UNION", ahead) || at(u"ORDER", ahead) ||
+           at(u"WITH", ahead) || at(Symbol::Semicolon, ahead) || peek(ahead).kind == TokenKind::End;
+  }
   return at(u"SELECT", ahead) || (at(u"TABLE", ahead) && peek(ahead + 1).isName()) || at(u"TRANSFORM", ahead);
 }
 
