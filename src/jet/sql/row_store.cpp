@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
 #include "jet/format/text.h"
 #include "jet/sql/types.h"
@@ -114,6 +115,40 @@ void mix(uint64_t& hash, uint64_t value) {
   hash ^= hash >> 32;
 }
 
+// The bits of the double that a number or date equals, one zero for both signs; nullopt for anything else.
+std::optional<uint64_t> numberIn(uint8_t kind, Bytes p) {
+  double d = 0;
+  switch (static_cast<Type>(kind)) {
+    case Type::Boolean:
+      d = p[0] ? -1 : 0;
+      break;
+    case Type::Byte:
+      d = p[0];
+      break;
+    case Type::Integer:
+      d = static_cast<int16_t>(get16(p.data()));
+      break;
+    case Type::Long:
+      d = static_cast<int32_t>(get32(p.data()));
+      break;
+    case Type::Currency:
+      d = static_cast<double>(static_cast<int64_t>(get64(p.data()))) / 10000;
+      break;
+    case Type::Single:
+      d = getSingle(p.data());
+      break;
+    case Type::Double:
+    case Type::Date:
+      d = getDouble(p.data());
+      break;
+    default:
+      return std::nullopt;
+  }
+  uint64_t bits = 0;
+  if (d != 0) std::memcpy(&bits, &d, sizeof bits);
+  return bits;
+}
+
 bool isScalar(Type t) { return t != Type::Null && !isText(t) && !isBinary(t) && t != Type::Decimal; }
 
 }  // namespace
@@ -192,6 +227,9 @@ uint64_t RowStore::scalarHash(size_t row, const std::vector<Type>& types) const 
     const auto [kind, payload] = cell(row, i);
     if (kind == static_cast<uint8_t>(Type::Null)) {
       mix(hash, 0x51);
+    } else if (const auto number = isScalar(types[i]) ? numberIn(kind, payload) : std::nullopt) {
+      // A value may be of another number type than its column, so equal numbers are mixed in as doubles.
+      mix(hash, *number);
     } else if (isScalar(types[i]) && kind == static_cast<uint8_t>(types[i])) {
       for (size_t at = 0; at < payload.size(); at += 8)
         mix(hash, payloadAs<uint64_t>(payload.subspan(at, std::min<size_t>(8, payload.size() - at))) + 1);
