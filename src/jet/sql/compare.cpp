@@ -71,7 +71,7 @@ std::optional<int> compare(const Value& a, const Value& b, const EvalContext& c)
     return orderGuidAndText(*guid, b.get<Text>());
   if (const Guid* guid = b.getIf<Guid>(); guid && x == Type::Text)
     return -orderGuidAndText(*guid, a.get<Text>());
-  const auto serial = [](Type t) { return isNumber(t) || t == Type::Date; };
+  const auto serial = [](Type t) { return isNumberType(t) || t == Type::Date; };
   if (!serial(x) || !serial(y)) expressionError(3464);
   switch (unifiedType(x, y)) {
     case Type::Currency:

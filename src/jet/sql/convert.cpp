@@ -166,7 +166,7 @@ std::optional<Date> dateFromValue(const Value& v) {
     const auto number = numberFromText(*text);
     return number ? std::optional<Date>(Date{*number}) : std::nullopt;
   }
-  if (isNumber(v.type())) return Date{toDouble(v)};
+  if (isNumberType(v.type())) return Date{toDouble(v)};
   return std::nullopt;
 }
 

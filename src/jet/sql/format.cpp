@@ -51,7 +51,7 @@ const NamedBoolean kBooleanNames[] = {
 
 // The value as a number for a number pattern; nullopt leaves it as it is.
 std::optional<Value> numberOf(const Value& v) {
-  if (isNumber(v.type())) return v;
+  if (isNumberType(v.type())) return v;
   if (const Date* date = v.getIf<Date>()) return Value(date->days);
   const Text* text = v.getIf<Text>();
   if (!text) return std::nullopt;

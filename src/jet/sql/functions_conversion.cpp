@@ -20,7 +20,7 @@ Value isError(Arguments, EvalContext&) { return false; }
 
 Value isNumeric(Arguments a, EvalContext&) {
   if (const Text* text = a[0].getIf<Text>()) return plainNumber(*text).has_value();
-  return isNumber(a[0].type());
+  return isNumberType(a[0].type());
 }
 
 Value isDate(Arguments a, EvalContext&) {

@@ -118,7 +118,7 @@ Value timeSerial(Arguments a, EvalContext&) {
 
 // DateValue and TimeValue take text or a date, no numbers.
 DateParts datedText(const Value& v) {
-  if (isNumber(v.type())) expressionError(13);
+  if (isNumberType(v.type())) expressionError(13);
   if (const Text* text = v.getIf<Text>(); text && !parseDate(*text)) expressionError(13);
   return dateParts(dateArgument(v));
 }

@@ -18,7 +18,8 @@ const Collation& collationOf(const EvalContext& c);  // General when the context
 inline bool isIntegral(Type t) { return t >= Type::Boolean && t <= Type::Long; }
 inline bool isFloating(Type t) { return t == Type::Single || t == Type::Double; }
 inline bool isExactNumber(Type t) { return isIntegral(t) || t == Type::Currency || t == Type::Decimal; }
-inline bool isNumber(Type t) { return isExactNumber(t) || isFloating(t); }
+// Booleans included: they are -1 and 0.
+inline bool isNumberType(Type t) { return isExactNumber(t) || isFloating(t); }
 inline bool isTextual(Type t) { return t == Type::Text || t == Type::Memo; }
 
 int64_t integralValue(const Value& v);  // of an integral type; True is -1

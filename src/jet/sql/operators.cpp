@@ -300,7 +300,7 @@ Type arithmeticType(Arithmetic op, Type a, Type b) {
     return known == Type::Null ? Type::Null : arithmeticType(op, known, known);
   }
   if (op == Arithmetic::Add && isTextual(a) && isTextual(b)) return Type::Text;
-  const auto calculable = [](Type t) { return isNumber(t) || isTextual(t) || t == Type::Date; };
+  const auto calculable = [](Type t) { return isNumberType(t) || isTextual(t) || t == Type::Date; };
   if (!calculable(a) || !calculable(b) || op == Arithmetic::Power) return Type::Double;
   const Kind kind = commonKind(a, b);
   if (op == Arithmetic::Divide) return kind == Kind::Decimal ? Type::Decimal : Type::Double;
@@ -327,9 +327,9 @@ Type unifiedType(Type a, Type b) {
   if (a == Type::Null) return b;
   if (a == Type::Memo || b == Type::Memo) return Type::Memo;
   if (a == Type::Text || b == Type::Text) return Type::Text;
-  const bool numbers = isNumber(a) && isNumber(b);
+  const bool numbers = isNumberType(a) && isNumberType(b);
   if (!numbers) {
-    const auto serial = [](Type t) { return isNumber(t) || t == Type::Date; };
+    const auto serial = [](Type t) { return isNumberType(t) || t == Type::Date; };
     if (serial(a) && serial(b)) return Type::Double;
     return Type::Binary;
   }
