@@ -20,6 +20,10 @@ SourcePtr makeSource(Source::Kind kind) {
 // ((SELECT ...) AS a INNER JOIN b ...) and ((SELECT ...) + 1) the outer one does not.
 bool Parser::atQuery(size_t ahead) const {
   if (at(Symbol::LeftParen, ahead)) {
+    // More brackets than may be nested are refused wherever they stand.
+    size_t brackets = 1;
+    while (brackets <= kMaxDepth && at(Symbol::LeftParen, ahead + brackets)) ++brackets;
+    if (brackets > kMaxDepth) return true;
     if (!atQuery(ahead + 1)) return false;
     int depth = 0;
     for (;; ++ahead) {
