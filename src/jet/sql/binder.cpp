@@ -33,10 +33,12 @@ void Scope::refer(const Slot* slot) {
 }
 
 Binder::Binder(Catalog& catalog, RuleEvaluator* rules, const Parameters& parameters, EvalContext& context)
-    : catalog_(catalog), rules_(rules), parameters_(parameters), context_(context) {}
+    : catalog_(catalog), rules_(rules), context_(context) {
+  for (const auto& [name, value] : parameters) parameters_[parameterKey(name)] = value;
+}
 
 void Binder::declare(const std::vector<ast::Parameter>& parameters) {
-  for (const auto& p : parameters) declared_[foldName(p.name)] = p.type;
+  for (const auto& p : parameters) declared_[parameterKey(p.name)] = p.type;
 }
 
 void Binder::finish() const {
@@ -45,7 +47,13 @@ void Binder::finish() const {
   throw Error(3061, {std::u16string(count.begin(), count.end())}, "DAO.Database");
 }
 
-void Binder::addMissing(const std::u16string& name) { missing_.insert(foldName(name)); }
+void Binder::addMissing(const std::u16string& name) { missing_.insert(parameterKey(name)); }
+
+std::u16string parameterKey(std::u16string_view name) {
+  std::u16string key = foldName(name);
+  std::replace(key.begin(), key.end(), u'!', u'.');
+  return key;
+}
 
 Slot& Binder::addSlot(std::unique_ptr<Slot> slot) {
   slots_.push_back(std::move(slot));
@@ -127,19 +135,16 @@ void Binder::conditions(const ast::Expr& e, Scope& scope, int aggregateError,
 Binder::Column Binder::find(std::u16string_view qualifier, std::u16string_view name, Scope& scope) const {
   for (Scope* at = &scope; at; at = at->outer) {
     Column found;
-    for (Slot* slot : at->slots) {
-      int ordinal = -1;
-      if (qualifier.empty()) {
-        ordinal = slot->find(name);
-      } else if (sameName(slot->name(), qualifier)) {
-        ordinal = slot->find(name);
-      } else if (!slot->table()) {  // a column that a join has named "table.column"
-        ordinal = slot->find(qualifier, name);
-      }
-      if (ordinal < 0) continue;
+    const auto note = [&](Slot* slot, int ordinal) {
+      if (ordinal < 0) return;
       if (found.slot) throw Error(3079, {name}, "DAO.Database");
       found = {slot, ordinal, at};
-    }
+    };
+    for (Slot* slot : at->slots)
+      if (qualifier.empty() || sameName(slot->name(), qualifier)) note(slot, slot->find(name));
+    if (!found.slot && !qualifier.empty())
+      for (Slot* slot : at->slots)
+        if (!slot->table()) note(slot, slot->find(qualifier, name));  // from inside of a query
     if (!found.slot) continue;
     for (Scope* inner = &scope; inner != at; inner = inner->outer) inner->refer(found.slot);
     return found;

@@ -97,13 +97,16 @@ class Binder {
 
   Catalog& catalog_;
   RuleEvaluator* rules_;
-  const Parameters& parameters_;
+  Parameters parameters_;  // by parameterKey
   EvalContext& context_;
   std::vector<std::unique_ptr<Slot>> slots_;
   std::map<std::u16string, Type> declared_;
   std::set<std::u16string> missing_;
   int savedQueryDepth_ = 0;
 };
+
+// Parameters may be written with points or exclamation marks: Forms!f!x is Forms.f.x.
+std::u16string parameterKey(std::u16string_view name);
 
 // An aggregate function is called in the expression itself, not in a subquery of it.
 bool hasAggregate(const ast::Expr& e);

@@ -201,7 +201,7 @@ ExpressionPtr Binder::alias(const ast::Expr& e, Scope& scope) {
 
 // A parameter, a function without brackets, a word for a boolean; otherwise a parameter that is missing.
 ExpressionPtr Binder::unknownName(const ast::Expr& e) {
-  const std::u16string key = foldName(e.qualifier.empty() ? e.name : e.qualifier + u"." + e.name);
+  const std::u16string key = parameterKey(e.qualifier.empty() ? e.name : e.qualifier + u"." + e.name);
   const auto declared = declared_.find(key);
   if (const auto given = parameters_.find(key); given != parameters_.end()) {
     const Type type = declared == declared_.end() ? Type::Null : declared->second;

@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cstring>
 #include <numeric>
-#include <unordered_map>
+#include <utility>
 
 #include "jet/sql/select_rows.h"
 
@@ -101,17 +101,37 @@ class CollectedRows::Duplicates {
   }
 
   bool seenBefore(uint32_t row) {
-    const auto [place, isNew] = first_.try_emplace(store_.scalarHash(row, types_), row);
-    if (isNew) return false;
-    if (place->second != kExpanded) {
-      keys_.insert(fullKey(place->second));
-      place->second = kExpanded;
+    if (used_ * 2 >= places_.size()) grow();
+    Place& place = find(store_.scalarHash(row, types_));
+    if (place.row == kFree) {
+      place.row = row;
+      ++used_;
+      return false;
     }
+    if (place.row != kExpanded) keys_.insert(fullKey(std::exchange(place.row, kExpanded)));
     return !keys_.insert(fullKey(row)).second;
   }
 
  private:
-  static constexpr uint32_t kExpanded = UINT32_MAX;
+  // The only row so far that has the hash of the numbers, or kExpanded: the full keys of its rows are kept.
+  struct Place {
+    uint64_t hash = 0;
+    uint32_t row = kFree;
+  };
+  static constexpr uint32_t kFree = UINT32_MAX, kExpanded = UINT32_MAX - 1;
+
+  Place& find(uint64_t hash) {
+    size_t at = hash & (places_.size() - 1);
+    while (places_[at].row != kFree && places_[at].hash != hash) at = (at + 1) & (places_.size() - 1);
+    places_[at].hash = hash;
+    return places_[at];
+  }
+  void grow() {
+    std::vector<Place> old(std::max<size_t>(64, places_.size() * 4));
+    old.swap(places_);
+    for (const Place& place : old)
+      if (place.row != kFree) find(place.hash).row = place.row;
+  }
 
   std::string fullKey(uint32_t row) const {
     std::string key;
@@ -123,7 +143,8 @@ class CollectedRows::Duplicates {
   const RowStore& store_;
   const Collation& collation_;
   std::vector<Type> types_;
-  std::unordered_map<uint64_t, uint32_t> first_;  // hash of the numbers: the only row that has it so far
+  std::vector<Place> places_;  // open addressing
+  size_t used_ = 0;
   std::unordered_set<std::string> keys_;
 };
 

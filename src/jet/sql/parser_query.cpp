@@ -232,6 +232,7 @@ Query Parser::crosstab() {
   Query q;
   q.crosstab = std::make_unique<Crosstab>();
   q.crosstab->value = expression(true);
+  if (accept(u"AS")) name(3141);  // the headings come from PIVOT; the name is shown nowhere
   q.parts.emplace_back().select = select();
   if (at(u"ORDER")) q.orderBy = orderBy();
   expect(u"PIVOT", 3141);

@@ -16,7 +16,7 @@ namespace {
 using Slots = std::vector<const Slot*>;
 using Conditions = std::vector<ExpressionPtr>;
 
-constexpr double kSeekCost = 3, kFetchCost = 1.5, kBuildCost = 4, kUnknownRows = 1000;
+constexpr double kSeekCost = 20, kFetchCost = 3, kBuildCost = 4, kUnknownRows = 1000;
 constexpr size_t kMostStarts = 8;   // inputs up to which every one is tried as the first
 constexpr double kSmallTable = 32;  // rows; not worth a hash table of its own
 

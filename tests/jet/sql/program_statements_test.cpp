@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <random>
+#include <sstream>
+
 #include "program_schema.h"
 #include "sql_fixture.h"
 
@@ -172,6 +175,51 @@ TEST_F(ProgramStatements, Changes) {
             "-1|[Kosz]; 0|[Magazyn]; 3|Bez Działu; 1|Żak Ewa");
   // A quotation mark in a spliced name breaks the statement and nothing else.
   EXPECT_EQ(db_.rows("SELECT * FROM swrew WHERE nazwa = 'O'Hara'"), "error 3075");
+}
+
+// Statements with words left out, doubled or exchanged run or are refused, and a refusal leaves no change
+// behind.
+TEST_F(ProgramStatements, MangledStatementsAreRunOrRefused) {
+  const std::string originals[] = {
+      itemList(" AND ewkar.nazwa LIKE 'k*' "),
+      kSummary,
+      kEmployees,
+      "UPDATE ewkar SET indpra = 0 WHERE indpra > 0 And indpra NOT in ( SELECT indpra FROM swpra )",
+      "TRANSFORM sum ( ilosc ) SELECT indpra FROM ewkar GROUP BY indpra PIVOT indgew IN ( 1 , 2 )",
+      "INSERT INTO swgew ( Nazwa ) SELECT TOP 3 Nazwa FROM ( SELECT * FROM ewkar ) AS x ORDER BY 1",
+      "SELECT iif ( a.parent Is Null , 'x' , b.nazwa & 'y' ) FROM ewkar AS a LEFT JOIN ewkar AS b ON "
+      "a.parent = b.indewi",
+      "CREATE TABLE nowa ( a LONG CONSTRAINT k PRIMARY KEY , b TEXT ( 5 ) NOT NULL DEFAULT 'x' )"};
+  std::mt19937 random(7);
+  int run = 0, refused = 0;
+  for (const std::string& original : originals) {
+    std::vector<std::string> words;
+    std::istringstream split(original);
+    for (std::string word; split >> word;) words.push_back(word);
+    for (int round = 0; round < 60; ++round) {
+      std::vector<std::string> mangled = words;
+      for (unsigned changes = 1 + random() % 3; changes > 0; --changes) {
+        const size_t at = random() % mangled.size(), other = random() % mangled.size();
+        if (random() % 3 == 0)
+          mangled.erase(mangled.begin() + static_cast<std::ptrdiff_t>(at));
+        else if (random() % 2 == 0)
+          mangled.insert(mangled.begin() + static_cast<std::ptrdiff_t>(at), mangled[other]);
+        else
+          std::swap(mangled[at], mangled[other]);
+      }
+      std::string sql;
+      for (const auto& word : mangled) sql += word + " ";
+      SCOPED_TRACE(sql);
+      const Transaction undone(db_.pager());
+      std::string result = db_.rows(sql);
+      if (result == "error 3064") result = db_.run(sql);
+      ++(result.compare(0, 6, "error ") == 0 ? refused : run);
+      EXPECT_EQ(db_.pager().level(), 1);
+    }
+  }
+  EXPECT_GT(run, 50);
+  EXPECT_GT(refused, 50);
+  EXPECT_EQ(db_.rows("SELECT count(*), sum(indpra) FROM ewkar"), "6|5");
 }
 
 }  // namespace jet::sql::test

@@ -241,6 +241,8 @@ TEST_F(SelectTest, LongMemosAreNeitherCutNorConfused) {
 
 TEST_F(SelectTest, Subqueries) {
   check({
+      {"SELECT t.s FROM t INNER JOIN (SELECT t.id AS k, t.s FROM t) AS x ON t.id = x.k WHERE x.s = 'lis'",
+       "lis"},
       {"SELECT id FROM t WHERE id IN (SELECT t FROM u)", "1; 3"},
       {"SELECT id FROM t WHERE id NOT IN (SELECT t FROM u)", ""},
       {"SELECT id FROM t WHERE id NOT IN (SELECT t FROM u WHERE t IS NOT NULL)", "2; 4; 5"},
@@ -302,6 +304,9 @@ TEST_F(SelectTest, Parameters) {
   EXPECT_EQ(
       db_->rows("PARAMETERS [Od dnia] DATETIME, q TEXT(10); SELECT id FROM t WHERE d = [od DNIA]", values),
       "1; 4");
+  EXPECT_EQ(db_->rows("PARAMETERS [Forms!f!p] LONG; SELECT id FROM t WHERE a = Forms!f!p",
+                      {{u"Forms!f!p", Value(u"20")}}),
+            "2; 4");
   EXPECT_EQ(db_->rows("PARAMETERS q LONG; SELECT id FROM t WHERE a = q", values), "error 3061");
   try {
     db_->engine().query(u"SELECT x, y FROM t WHERE x = z");
