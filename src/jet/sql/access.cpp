@@ -136,7 +136,7 @@ class Chooser {
 
   bool match(IndexAccess& access) const {
     const RealIndex& index = def_.realIndexes[static_cast<size_t>(access.index)];
-    double rows = def_.rowCount;
+    double rows = slot_.tableRows();
     for (const IndexColumn& part : index.columns) {
       const ColumnDef& column = def_.columns[static_cast<size_t>(part.ordinal)];
       if (!canSearch(column)) break;
@@ -154,7 +154,7 @@ class Chooser {
     }
     if (access.equal.empty() && access.isPoint()) return false;
     if (access.equal.size() == index.columns.size()) {
-      const double keys = index.unique ? rows : index.uniqueEntries > 0 ? index.uniqueEntries : 10;
+      const double keys = slot_.keyCount(index) > 0 ? slot_.keyCount(index) : 10;
       access.estimate = rows / std::max(1.0, keys);
       // Most of the table behind one key: reading it from end to end is cheaper.
       return index.unique || rows < 200 || access.estimate < rows * 0.7;

@@ -61,11 +61,11 @@ Distinct distinctValues(const Expression& e) {
   const auto* column = dynamic_cast<const ColumnExpression*>(&e);
   if (!column || !column->slot->table()) return {};
   const TableDef& def = column->slot->table()->def();
-  const double rows = std::max(1.0, static_cast<double>(def.rowCount));
+  const double rows = std::max(1.0, column->slot->tableRows());
   for (const RealIndex& index : def.realIndexes) {
     if (index.columns.size() != 1 || index.columns[0].ordinal != column->ordinal) continue;
     if (index.unique) return {rows, true};
-    if (index.uniqueEntries > 0) return {static_cast<double>(index.uniqueEntries), false};
+    if (const double keys = column->slot->keyCount(index); keys > 0) return {keys, false};
   }
   return {std::max(1.0, rows / 10), false};
 }
@@ -182,7 +182,7 @@ class Planner {
 
   double tableRows(const JoinTree& tree) const {
     if (tree.kind == JoinTree::Kind::Leaf)
-      return tree.slot->table() ? tree.slot->table()->def().rowCount : kUnknownRows;
+      return tree.slot->table() ? tree.slot->tableRows() : kUnknownRows;
     double rows = 0;
     for (const auto& input : tree.inputs) rows = std::max(rows, tableRows(*input));
     return rows;

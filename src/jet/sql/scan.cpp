@@ -101,7 +101,7 @@ bool IndexSeek::addRanges(EvalContext& c) {
 
 void IndexSeek::collectRows() {
   collected_ = true;
-  const size_t limit = std::max<size_t>(1000, slot_.table()->def().rowCount / 3);
+  const size_t limit = std::max<size_t>(1000, static_cast<size_t>(slot_.tableRows()) / 3);
   for (const Table::KeyRange& range : ranges_) {
     Table::IndexScan scan(*slot_.table(), access_.index, range);
     while (scan.next()) {

@@ -1,5 +1,6 @@
 #include "jet/sql/slot.h"
 
+#include <algorithm>
 #include <numeric>
 
 #include "jet/format/text.h"
@@ -33,6 +34,7 @@ Slot::Slot(std::u16string name, std::unique_ptr<Table> table)
   uses_.resize(columns_.size());
   cache_.resize(columns_.size());
   stamps_.resize(columns_.size());
+  tableRows_ = table_->catalog().counts(def.page).rows;
 }
 
 Slot::Slot(std::u16string name, std::unique_ptr<Rows> rows)
@@ -40,6 +42,12 @@ Slot::Slot(std::u16string name, std::unique_ptr<Rows> rows)
 
 Slot::Slot(std::u16string name, std::vector<ResultColumn> columns)
     : name_(std::move(name)), columns_(std::move(columns)), uses_(columns_.size()) {}
+
+double Slot::keyCount(const RealIndex& index) const {
+  if (index.unique) return tableRows_;
+  const double known = table_->def().rowCount;
+  return known > 0 ? std::min(tableRows_, index.uniqueEntries * std::max(1.0, tableRows_ / known)) : 0;
+}
 
 int Slot::addColumn(ResultColumn column) {
   columns_.push_back(std::move(column));

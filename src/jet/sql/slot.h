@@ -23,6 +23,10 @@ class Slot {
   const std::vector<ResultColumn>& columns() const { return columns_; }
   Table* table() const { return table_.get(); }
   Rows* rows() const { return rows_.get(); }
+  // Rows of the table as its counter says now; the definition's count may be older.
+  double tableRows() const { return tableRows_; }
+  // Different keys of one of its indexes, as far as known; 0 when not.
+  double keyCount(const RealIndex& index) const;
   // Adds a column to a slot of set values; returns its position.
   int addColumn(ResultColumn column);
   // -1 when there is none.
@@ -63,6 +67,7 @@ class Slot {
   std::unique_ptr<Table> table_;
   std::unique_ptr<Rows> rows_;
   std::vector<int> uses_;
+  double tableRows_ = 0;
 
   State state_ = State::None;
   RowId id_;

@@ -89,7 +89,7 @@ TEST_F(PlanTest, JoinsStartWhereFewRowsAre) {
   // The dictionaries are hashed, the items are read once.
   const std::string dictionaries = db_->explain(
       "SELECT * FROM swgew, swsew, ewkar WHERE ewkar.indgew = swgew.indgew AND ewkar.indsew = swsew.indsew");
-  EXPECT_EQ(dictionaries, "hash join\n  hash join\n    scan ewkar\n    scan swgew\n  scan swsew\n");
+  EXPECT_EQ(dictionaries, "hash join\n  hash join\n    scan ewkar\n    scan swsew\n  scan swgew\n");
   // One item, its parts through the index.
   const std::string parts =
       db_->explain("SELECT * FROM ewkar AS c, ewkar AS p WHERE c.parent = p.indewi AND p.indewi = 7");
