@@ -4,7 +4,6 @@
 
 #include "jet/format/error.h"
 #include "jet/format/text.h"
-#include "jet/sql/lexer.h"
 #include "jet/sql/parser.h"
 #include "jet/sql/statement.h"
 
@@ -26,19 +25,6 @@ bool isMakeTable(const ast::Query& q) {
 bool hasSubquery(const ast::Expr& e) {
   return e.query ||
          std::any_of(e.args.begin(), e.args.end(), [](const auto& arg) { return hasSubquery(*arg); });
-}
-
-// "SELECT ...": text that begins with a verb and goes on cannot be the name of a table or query.
-bool beginsWithVerb(std::u16string_view text) {
-  const size_t end = text.find_first_of(u" \t\r\n(*");
-  if (end == text.npos) return false;
-  Token word;
-  word.kind = TokenKind::Name;
-  word.text = text.substr(0, end);
-  for (const auto verb : {u"SELECT", u"UPDATE", u"INSERT", u"DELETE", u"TRANSFORM", u"PARAMETERS", u"CREATE",
-                          u"ALTER", u"DROP"})
-    if (word.is(verb)) return true;
-  return false;
 }
 
 // The rules evaluate as part of the running statement.
@@ -108,7 +94,7 @@ struct Engine::Impl {
     std::u16string_view name = text;
     if (name.size() > 2 && name.front() == u'[' && name.back() == u']')
       name = name.substr(1, name.size() - 2);
-    if (!name.empty() && name.size() <= kMaxNameLength && !beginsWithVerb(text)) {
+    if (!name.empty() && name.size() <= kMaxNameLength) {
       if (catalog.table(name)) {
         ast::Statement s;
         ast::Query q;
