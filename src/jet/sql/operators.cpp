@@ -255,9 +255,11 @@ Value negate(const Value& a, const EvalContext&) {
 
 Value concatenate(const Value& a, const Value& b, const EvalContext& c) {
   if (a.isNull() && b.isNull()) return {};
-  Text left = toText(a, c);
-  left += toText(b, c);
-  return left;
+  const Text *x = a.getIf<Text>(), *y = b.getIf<Text>();
+  if (!x || !y) return toText(a, c) + toText(b, c);
+  Text joined;
+  joined.reserve(x->size() + y->size());
+  return joined.append(*x).append(*y);
 }
 
 Value logicalNot(const Value& a) {
