@@ -158,6 +158,9 @@ bool JetDatabase::isSound() const {
 LiteDatabase::LiteDatabase() {
   sqlite3_open(":memory:", &database_);
   sqlite3_create_collation(database_, "jet", SQLITE_UTF8, nullptr, collate);
+  // Its Bloom filters hash the length of a text, which is wrong for an order that ignores trailing blanks.
+  constexpr int kBloomFilters = 0x80000;
+  sqlite3_test_control(SQLITE_TESTCTRL_OPTIMIZATIONS, database_, kBloomFilters);
   constexpr int kSteps = 1'000'000;
   sqlite3_progress_handler(
       database_, kSteps, [](void*) { return 1; }, nullptr);

@@ -54,6 +54,8 @@ bool isSame(const Query& query, const Rows& a, const Rows& b) {
   return x == y;
 }
 
+std::string statements(const Sql& sql) { return "\n  " + sql.jet + "\n  " + sql.lite; }
+
 class Differential : public testing::Test {
  protected:
   void SetUp() override {
@@ -78,21 +80,26 @@ class Differential : public testing::Test {
         ++skipped_;
         return;
       }
-      ADD_FAILURE() << e.what() << "\n  " << query.sql.jet << "\n  " << query.sql.lite;
+      fail(std::string(e.what()) + statements(query.sql));
       return;
     }
     compared_ += !expected.empty();
     if (!isSame(query, rows, expected))
-      ADD_FAILURE() << "different rows\n  " << query.sql.jet << "\n  " << query.sql.lite << "\n  engine "
-                    << rowsText(rows) << "  SQLite " << rowsText(expected);
+      fail("different rows" + statements(query.sql) + "\n  engine " + rowsText(rows) + "  SQLite " +
+           rowsText(expected));
   }
 
-  bool isEnough() const { return HasFailure() && ++shown_ > 20; }
+  // Prints no more than a screen or two.
+  void fail(const std::string& text) {
+    ++failures_;
+    ADD_FAILURE() << text;
+  }
+  bool isEnough() const { return failures_ >= 20; }
 
   JetDatabase jet_;
   LiteDatabase lite_;
   int skipped_ = 0, compared_ = 0;
-  mutable int shown_ = 0;
+  int failures_ = 0;
 };
 
 TEST_F(Differential, Queries) {
@@ -113,17 +120,20 @@ TEST_F(Differential, Changes) {
     jet_.begin();
     lite_.execute("BEGIN");
     try {
-      EXPECT_EQ(jet_.execute(change.jet), lite_.execute(change.lite)) << change.jet << "\n  " << change.lite;
+      const int64_t ours = jet_.execute(change.jet), theirs = lite_.execute(change.lite);
+      if (ours != theirs)
+        fail(std::to_string(ours) + " records instead of " + std::to_string(theirs) + statements(change));
     } catch (const Error& e) {
-      ADD_FAILURE() << e.what() << "\n  " << change.jet;
+      fail(std::string(e.what()) + statements(change));
     }
     for (const SchemaTable& table : schema()) {
       Query all{"SELECT * FROM " + table.name + " ORDER BY id", {}, {0}};
       all.kinds.resize(table.columns.size());
       const Rows ours = jet_.query(all.sql.jet, all.kinds.size(), true),
                  theirs = *lite_.query(all.sql.lite, all.kinds.size());
-      EXPECT_TRUE(isSame(all, ours, theirs))
-          << change.jet << "\n  engine " << rowsText(ours) << "  SQLite " << rowsText(theirs);
+      if (!isSame(all, ours, theirs))
+        fail("different rows in " + table.name + statements(change) + "\n  engine " + rowsText(ours) +
+             "  SQLite " + rowsText(theirs));
     }
     if (i % 20 == 0) {
       EXPECT_TRUE(jet_.isSound()) << change.jet;

@@ -342,8 +342,7 @@ Sql QueryGenerator::aggregate(Kind kind, const Scope& scope, int depth) {
       case 2:
         return phrase("Sum($0)", number(scope, depth));
       case 3:
-        return phrase({"Avg(CDbl(IIf($1, 0, $0)))", "avg(CASE WHEN $1 THEN 0 ELSE $0 END)"}, number(scope, 0),
-                      phrase({"IsNull($0)", "($0 IS NULL)"}, number(scope, 0)));
+        return phrase({"Avg(CDbl(IIf(IsNull($0), 0, $0)))", "avg(coalesce($0, 0))"}, number(scope, 0));
       default:
         break;
     }

@@ -24,7 +24,7 @@ std::string quoted(const std::string& text) {
 int daysSince1899(int year, int month, int day) {
   // Days before the month of a year that begins in March.
   const int y = month > 2 ? year : year - 1, m = month > 2 ? month - 3 : month + 9;
-  return 365 * y + y / 4 - y / 100 + y / 400 + (153 * m + 2) / 5 + day - 1 - 693899 - 1;
+  return 365 * y + y / 4 - y / 100 + y / 400 + (153 * m + 2) / 5 + day - 1 - 693899;
 }
 
 Sql dateOf(int year, int month, int day, bool noon) {
