@@ -454,7 +454,13 @@ Sql QueryGenerator::nextChange() {
   for (const SchemaColumn& c : table.columns)
     scope.push_back({table.name + "." + c.name, c.kind, c.integral});
   const Sql where = condition(scope, 2);
-  if (chance(40)) return phrase("DELETE FROM " + table.name + " WHERE $0", where);
+  // SQLite picks the records first, lest its subqueries see changed ones.
+  const std::string chosen =
+      "CREATE TEMP TABLE chosen AS SELECT id, $1 AS content FROM " + table.name + " WHERE $0; ";
+  if (chance(40))
+    return phrase({"DELETE FROM " + table.name + " WHERE $0",
+                   chosen + "DELETE FROM " + table.name + " WHERE id IN (SELECT id FROM chosen)"},
+                  where, "0");
   const SchemaColumn& column =
       table.columns[static_cast<size_t>(1 + below(static_cast<int>(table.columns.size()) - 1))];
   Sql content = value(column.kind, scope, 1);
@@ -462,7 +468,11 @@ Sql QueryGenerator::nextChange() {
   if (column.kind == Kind::Boolean) content = phrase({"$0", "coalesce($0, 0)"}, content);  // never Null
   if (column.jetType == "BYTE") content = std::to_string(below(200));
   if (column.kind == Kind::Text) content = phrase({"Left($0, 10)", "substr($0, 1, 10)"}, content);
-  return phrase("UPDATE " + table.name + " SET " + column.name + " = $0 WHERE $1", content, where);
+  return phrase({"UPDATE " + table.name + " SET " + column.name + " = $1 WHERE $0",
+                 chosen + "UPDATE " + table.name + " SET " + column.name +
+                     " = (SELECT content FROM chosen WHERE chosen.id = " + table.name +
+                     ".id) WHERE id IN (SELECT id FROM chosen)"},
+                where, content);
 }
 
 }  // namespace jet::differential

@@ -103,7 +103,7 @@ std::vector<Sql> schemaStatements() {
        {"room ON people (room)", "surname ON people (surname)", "born ON people (born DESC)",
         "holder ON things (holder, amount)", "kind ON things (kind DESC)", "price ON things (price)",
         "label ON rooms (label)"})
-    statements.push_back(Sql("CREATE INDEX i_" + std::string(index)));
+    statements.push_back({"CREATE INDEX i_" + std::string(index), ""});
   const std::pair<size_t, int> counts[] = {{0, 22}, {1, 7}, {2, 35}};
   std::mt19937 random(7);
   for (const auto& [index, count] : counts) {

@@ -26,7 +26,7 @@ struct SchemaTable {
 // Tables whose columns have every kind, Null in most, equal values across tables, and indexes of several
 // kinds.
 const std::vector<SchemaTable>& schema();
-// Statements that create and fill them, always with the same rows.
+// Statements that create and fill them, always with the same rows. SQLite gets no indexes.
 std::vector<Sql> schemaStatements();
 
 // Literals that occur in the data and near it.
