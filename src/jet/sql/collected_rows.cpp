@@ -215,7 +215,7 @@ void CollectedRows::collect(size_t part, Duplicates& duplicates, Sorter& sorter,
     store_->begin();
     for (size_t i = 0; i < columns_.size(); ++i) {
       if (converts[i])
-        store_->add(convertFor(columns_[i].type, 0, rows.value(i, c), c));
+        store_->add(unifiedValue(rows.value(i, c), heldType(columns_[i].type), c));
       else
         rows.pack(i, *store_, c);
     }

@@ -198,10 +198,8 @@ Value FunctionCall::value(EvalContext& c) {
 Value Choice::value(EvalContext& c) {
   Expression* chosen = choose(c);
   if (!chosen) return {};
-  Value v = chosen->value(c);
   // All branches come in the common type that the column is said to have.
-  const bool fits = v.isNull() || type == Type::Null || v.type() == heldType(type);
-  return fits ? v : convertFor(type, 0, v, c);
+  return unifiedValue(chosen->value(c), heldType(type), c);
 }
 
 Expression* Choice::choose(EvalContext& c) {

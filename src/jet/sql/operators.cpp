@@ -35,6 +35,9 @@ Type widerInteger(Type a, Type b) {
   return std::max(promoted(a), promoted(b));
 }
 
+// A difference may be negative, which a Byte is not.
+Type differenceType(Type a, Type b) { return std::max(widerInteger(a, b), Type::Integer); }
+
 // Two Singles, or one and a small integer, stay Single; everything else that floats is Double.
 bool isSingleResult(Type a, Type b) {
   const auto fits = [](Type t) { return t == Type::Single || t == Type::Integer || t == Type::Byte; };
@@ -83,7 +86,8 @@ Value sum(const Value& a, const Value& b, bool minus) {
   switch (commonKind(x, y)) {
     case Kind::Integral: {
       const int64_t right = integralValue(b);
-      return integerResult(integralValue(a) + (minus ? -right : right), widerInteger(x, y));
+      return integerResult(integralValue(a) + (minus ? -right : right),
+                           minus ? differenceType(x, y) : widerInteger(x, y));
     }
     case Kind::Currency: {
       const Currency right = toCurrency(b);
@@ -239,7 +243,7 @@ Value negate(const Value& a, const EvalContext&) {
   const Type type = a.type();
   switch (kindOf(type)) {
     case Kind::Integral:
-      return integerResult(-integralValue(a), widerInteger(type, Type::Integer));
+      return integerResult(-integralValue(a), differenceType(type, type));
     case Kind::Currency:
       return negatedCurrency(a.get<Currency>());
     case Kind::Decimal:
@@ -310,7 +314,7 @@ Type arithmeticType(Arithmetic op, Type a, Type b) {
     return isIntegral(a) && isIntegral(b) ? widerInteger(a, b) : Type::Long;
   switch (kind) {
     case Kind::Integral:
-      return widerInteger(a, b);
+      return op == Arithmetic::Subtract ? differenceType(a, b) : widerInteger(a, b);
     case Kind::Currency:
       return Type::Currency;
     case Kind::Decimal:
@@ -322,6 +326,12 @@ Type arithmeticType(Arithmetic op, Type a, Type b) {
       break;
   }
   return isSingleResult(a, b) ? Type::Single : Type::Double;
+}
+
+Value unifiedValue(Value v, Type type, const EvalContext& c) {
+  if (v.isNull() || type == Type::Null || v.type() == type) return v;
+  if (isNumberType(v.type()) && isNumberType(type) && unifiedType(v.type(), type) != type) return v;
+  return convertFor(type, 0, v, c);
 }
 
 Type unifiedType(Type a, Type b) {

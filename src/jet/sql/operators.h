@@ -50,6 +50,8 @@ enum class Arithmetic { Add, Subtract, Multiply, Divide, IntegerDivide, Modulo, 
 Type arithmeticType(Arithmetic op, Type a, Type b);
 // The type that holds values of both, as in the columns of a union and the two sides of a comparison.
 Type unifiedType(Type a, Type b);
+// A value as that type; a number that came out wider stays as it is.
+Value unifiedValue(Value v, Type type, const EvalContext& c);
 
 // <0, 0, >0; nullopt when either is Null. Text by the collation, trailing blanks ignored. Throws 3464
 // for text against a number. Agrees with the keys of appendSortKey for unifiedType of the two types.
