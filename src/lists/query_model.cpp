@@ -73,6 +73,12 @@ int QueryModel::rowOf(int key) const {
   return -1;
 }
 
+double QueryModel::sum(int field) const {
+  double total = 0;
+  for (int row = 0; row < rowCount_; ++row) total += toDouble(fieldValue(row, field));
+  return total;
+}
+
 QString QueryModel::cellText(int row, int column) const {
   const ListColumn& shown = columns_[column];
   return formatCell(fieldValue(row, shown.field), shown.format);

@@ -54,6 +54,8 @@ class QueryModel : public QAbstractTableModel {
   jet::Value fieldValue(int row, int field) const;
   jet::Type fieldType(int field) const;
   int fieldCount() const { return fieldCount_; }
+  // Of all rows; Null counts as 0.
+  double sum(int field) const;
   // What the cell shows, in full.
   QString cellText(int row, int column) const;
 

@@ -113,15 +113,4 @@ QList<QueryColumn> queryColumns(const QString& select) {
   return columns;
 }
 
-QStringList sumQueries(const QString& query, const QString& columns) {
-  QStringList queries;
-  for (const QString& part : splitOutside(query, QStringLiteral("UNION"))) {
-    const qsizetype from = findOutside(part, QStringLiteral("FROM"));
-    if (from < 0) continue;
-    const qsizetype order = findOutside(part, QStringLiteral("ORDER"), from);
-    queries << columns + part.sliced(from, (order < 0 ? part.size() : order) - from);
-  }
-  return queries;
-}
-
 }  // namespace tandeko

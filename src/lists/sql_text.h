@@ -28,8 +28,4 @@ struct QueryColumn {
 // The columns between the first SELECT and its FROM.
 QList<QueryColumn> queryColumns(const QString& select);
 
-// For each part of a UNION the statement that sums it: its FROM and WHERE behind `columns` ("SELECT sum(...)
-// ").
-QStringList sumQueries(const QString& query, const QString& columns);
-
 }  // namespace tandeko

@@ -53,15 +53,24 @@ QList<ListColumn> cardColumns() {
     CellFormat format;
     int width;
   } columns[] = {
-      {u"Data nabycia", 1, CellFormat::ShortDate, 11}, {u"Data przyjęcia", 2, CellFormat::ShortDate, 11},
-      {u"Nr grupy", 3, CellFormat::General, 8},        {u"Grupa", 4, CellFormat::General, 18},
-      {u"Nr użytkownika", 5, CellFormat::General, 8},  {u"Użytkownik", 6, CellFormat::General, 24},
-      {u"Nr ewidencyjny", 7, CellFormat::General, 16}, {u"Nr katalogowy", 8, CellFormat::General, 14},
-      {u"Nr seryjny", 9, CellFormat::General, 14},     {u"Nr stanu", 10, CellFormat::General, 8},
-      {u"Stan", 11, CellFormat::General, 14},          {u"Nazwa przedmiotu", 12, CellFormat::General, 36},
-      {u"Ilość", 13, CellFormat::GeneralNumber, 8},    {u"Jm.", 14, CellFormat::General, 5},
-      {u"Cena nabycia", 15, CellFormat::Money, 12},    {u"Wartość nabycia", 16, CellFormat::Money, 12},
-      {u"Środek trwały", 17, CellFormat::YesNo, 6},    {u"Uwagi", 18, CellFormat::General, 30},
+      {u"Data nabycia", 1, CellFormat::ShortDate, 11},
+      {u"Data przyjęcia", 2, CellFormat::ShortDate, 11},
+      {u"Nr grupy", 3, CellFormat::General, 8},
+      {u"Grupa", 4, CellFormat::General, 18},
+      {u"Nr użytkownika", 5, CellFormat::General, 8},
+      {u"Użytkownik", 6, CellFormat::General, 24},
+      {u"Nr ewidencyjny", 7, CellFormat::General, 16},
+      {u"Nr katalogowy", 8, CellFormat::General, 14},
+      {u"Nr seryjny", 9, CellFormat::General, 14},
+      {u"Nr stanu", 10, CellFormat::General, 8},
+      {u"Stan", 11, CellFormat::General, 14},
+      {u"Nazwa przedmiotu", kNameField, CellFormat::General, 36},
+      {u"Ilość", kQuantityField, CellFormat::GeneralNumber, 8},
+      {u"Jm.", 14, CellFormat::General, 5},
+      {u"Cena nabycia", 15, CellFormat::Money, 12},
+      {u"Wartość nabycia", kWorthField, CellFormat::Money, 12},
+      {u"Środek trwały", 17, CellFormat::YesNo, 6},
+      {u"Uwagi", 18, CellFormat::General, 30},
       {u"Wprowadził", 19, CellFormat::General, 8},
   };
   QList<ListColumn> list;
@@ -96,21 +105,6 @@ QString cardStatement(const QString& quickCondition, const QString& filterCondit
     statement +=
         quickCondition + replaceUnquoted(filterCondition, kHolderName, kHolderNames[part]) + pieces[part + 1];
   return statement;
-}
-
-CardSums cardSums(jet::Database& database, const QString& statement) {
-  CardSums sums;
-  const QString columns =
-      QStringLiteral("SELECT sum(ewkar.Ilosc), count(*), sum(ewkar.Ilosc * ewkar.cenazak)  ");
-  for (const QString& query : sumQueries(statement, columns)) {
-    const auto row = openRows(database, query);
-    if (row->eof()) continue;
-    const auto value = [&row](size_t field) { return toDouble(row->field(field).value()); };
-    sums.quantity += value(0);
-    sums.count += value(1);
-    sums.worth += value(2);
-  }
-  return sums;
 }
 
 QString sumText(double sum) {

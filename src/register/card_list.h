@@ -34,13 +34,8 @@ Conditions cardConditions(const QuickFilter& quick);
 // employee, a condition on the holder's name compares the name that the part shows.
 QString cardStatement(const QString& quickCondition, const QString& filterCondition);
 
-struct CardSums {
-  double quantity = 0;
-  double count = 0;
-  double worth = 0;
-};
-// Over all rows that the statement lists.
-CardSums cardSums(jet::Database& database, const QString& statement);
+// Columns of the query.
+inline constexpr int kNameField = 12, kQuantityField = 13, kWorthField = 16;
 // "#,##0.00" the Polish way.
 QString sumText(double sum);
 

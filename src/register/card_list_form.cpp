@@ -205,11 +205,9 @@ void karEWKAR::KarSumuj() {
 }
 
 void karEWKAR::showSums() {
-  CardSums sums;
-  guarded(session(), "KarSumuj", [&] {
-    if (session().databaseOpen()) sums = cardSums(session().database(), statement());
-  });
-  const double values[] = {sums.quantity, sums.count, sums.worth};
+  // Of the rows that are there already: the same totals as three more queries, and always those of the list.
+  const QueryModel& rows = DataSource();
+  const double values[] = {rows.sum(kQuantityField), static_cast<double>(rows.rows()), rows.sum(kWorthField)};
   for (int column = 0; column < 3; ++column) gridSuma_->item(0, column)->setText(sumText(values[column]));
 }
 
@@ -272,7 +270,6 @@ void karEWKAR::deleteRecords() {
     for (const int row : rows) items << DataSource().key(row);
   else
     items << currentKey();
-  constexpr int kNameField = 12;
   const QString question =
       several
           ? QStringLiteral("Zostało zaznaczonych ") + str(static_cast<int>(items.size())) +

@@ -29,14 +29,10 @@ TEST(SqlText, ColumnsOfASelect) {
   EXPECT_TRUE(queryColumns(u(u"DELETE FROM ewkar")).isEmpty());
 }
 
-TEST(SqlText, SumsOfAUnion) {
-  const QStringList sums = sumQueries(
-      u(u"SELECT a, b FROM t WHERE n LIKE 'x UNION y FROM z ORDER BY*'  UNION SELECT a, '[M]' FROM "
-        u"u WHERE p = 0 AND c IN (SELECT d FROM e ORDER BY 1) ORDER BY 1 ASC"),
-      u(u"SELECT count(*)  "));
-  ASSERT_EQ(sums.size(), 2);
-  EXPECT_EQ(sums[0], u(u"SELECT count(*)  FROM t WHERE n LIKE 'x UNION y FROM z ORDER BY*'  "));
-  EXPECT_EQ(sums[1], u(u"SELECT count(*)  FROM u WHERE p = 0 AND c IN (SELECT d FROM e ORDER BY 1) "));
+TEST(SqlText, CutsOutsideOfQuotesAndParenthesesOnly) {
+  EXPECT_EQ(splitOutside(u(u"a LIKE 'x UNION y' UNION (b UNION c) union [d UNION] "), u(u"UNION")),
+            (QStringList{u(u"a LIKE 'x UNION y' "), u(u" (b UNION c) "), u(u" [d UNION] ")}));
+  EXPECT_EQ(findOutside(u(u"REUNION 'UNION' (UNION) UNIONS"), u(u"UNION")), -1);
 }
 
 TEST(SqlText, ReplacesOutsideOfQuotesOnly) {
