@@ -40,8 +40,9 @@ std::unique_ptr<karEWKAR> openList() {
 }
 
 karEWKAR& shownList() {
-  static const std::unique_ptr<karEWKAR> list = openList();
-  return *list;
+  // Never deleted: a widget must not outlive the application, which ends before static objects do.
+  static karEWKAR& list = *openList().release();
+  return list;
 }
 
 void openAllRegisters(benchmark::State& state) {
