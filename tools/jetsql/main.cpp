@@ -25,9 +25,11 @@ constexpr char kUsage[] =
     "jetsql [options] FILE --schema [TABLE]      definitions of the tables\n"
     "jetsql [options] FILE --export TABLE        all rows of a table (csv unless told otherwise)\n"
     "jetsql [options] FILE --check               verifies the whole file\n"
+    "jetsql [options] FILE --compact DEST        copies everything to a new file, packed\n"
+    "jetsql FILE --repair                        saves what can still be read; prints what was lost\n"
     "jetsql --help | --version\n";
 
-enum class Command { Run, Tables, Schema, Export, Check };
+enum class Command { Run, Tables, Schema, Export, Check, Compact, Repair };
 
 struct Arguments {
   jet::Workspace::OpenOptions open;
@@ -54,6 +56,8 @@ std::optional<Command> commandNamed(const std::string& option) {
   if (option == "--schema") return Command::Schema;
   if (option == "--export") return Command::Export;
   if (option == "--check") return Command::Check;
+  if (option == "--compact") return Command::Compact;
+  if (option == "--repair") return Command::Repair;
   return std::nullopt;
 }
 
@@ -61,9 +65,11 @@ bool textsFit(const Arguments& arguments) {
   switch (arguments.command) {
     case Command::Run: return true;
     case Command::Tables:
-    case Command::Check: return arguments.texts.empty();
+    case Command::Check:
+    case Command::Repair: return arguments.texts.empty();
     case Command::Schema: return arguments.texts.size() <= 1;
-    case Command::Export: return arguments.texts.size() == 1;
+    case Command::Export:
+    case Command::Compact: return arguments.texts.size() == 1;
   }
   return false;
 }
@@ -133,7 +139,22 @@ void runStandardInput(jet::Database& database, Format format, Output& output) {
 
 std::u16string bracketed(const std::u16string& name) { return u'[' + name + u']'; }
 
+void compact(const Arguments& arguments) {
+  jet::CompactOptions options;
+  options.connect = arguments.open.connect;
+  jet::Workspace().compactDatabase(toPath(arguments.file), toPath(arguments.texts.front()), options);
+}
+
+void repair(const Arguments& arguments) {
+  Output output;
+  jet::Workspace().repairDatabase(toPath(arguments.file), [&output](const std::u16string& line) {
+    output.write(jet::toUtf8(line) + '\n');
+  });
+}
+
 int perform(const Arguments& arguments) {
+  if (arguments.command == Command::Compact) return compact(arguments), 0;
+  if (arguments.command == Command::Repair) return repair(arguments), 0;
   jet::Workspace workspace;
   jet::Workspace::OpenOptions options = arguments.open;
   if (arguments.command != Command::Run) options.readOnly = true;
@@ -166,6 +187,8 @@ int perform(const Arguments& arguments) {
           [&output](const std::u16string& fault) { output.write(jet::toUtf8(fault) + '\n'); });
       return sound ? 0 : 1;
     }
+    case Command::Compact:
+    case Command::Repair: break;  // done above
   }
   return 2;
 }

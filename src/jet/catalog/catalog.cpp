@@ -164,7 +164,7 @@ FileCatalog::Draft FileCatalog::draft(std::u16string_view table) {
       [&](const CatalogObject& o) { return o.type == kObjectTable && sameName(o.name, table); });
   if (!entry) throw Error(3376, {table});
   const TableDefPtr present = load(*entry);
-  if (present->system) throw Error(3033, {table});
+  if (present->system && !systemTablesToo_) throw Error(3033, {table});
   const std::string properties = objects_->properties(entry->row);
   return {.def = *present,
           .pages = readTdefBytes(pager_, present->page).pages,

@@ -21,6 +21,9 @@ class FileCatalog final : public Catalog {
  public:
   explicit FileCatalog(Pager& pager);
 
+  // Lets the structure of the user interface's own tables be changed too.
+  void includeSystemTables() { systemTablesToo_ = true; }
+
   Pager& pager() override { return pager_; }
   const FileHeader& header() override { return header_; }
   void setPassword(std::u16string_view password) override;
@@ -100,6 +103,7 @@ class FileCatalog final : public Catalog {
   std::unique_ptr<ObjectStore> objects_;
   TableDefPtr objectsTable_;
   uint64_t ownChanges_ = 0;
+  bool systemTablesToo_ = false;
   std::map<PageNumber, Cached> tables_;
   std::map<std::u16string, PageNumber> names_;  // folded; each checked through its table's entry
 };

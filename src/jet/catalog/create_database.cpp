@@ -2,6 +2,7 @@
 
 #include "jet/catalog/catalog_impl.h"
 #include "jet/catalog/header.h"
+#include "jet/catalog/new_database.h"
 #include "jet/format/error.h"
 #include "jet/storage/data_page.h"
 
@@ -135,18 +136,21 @@ const SystemTable& relationshipsTable() {
   return table;
 }
 
+// In Jet 3 the texts are half as long and MSysQueries has no LvExtra column.
 TableDef definitionOf(const SystemTable& from, const FileHeader& header) {
+  const bool jet3 = header.version == Version::Jet3;
   TableDef def;
   def.page = from.page;
   def.system = true;
   def.storedType = 0x53;
   def.ownedMap = {kMapPage, from.firstMap};
   def.freeMap = {kMapPage, static_cast<uint8_t>(from.firstMap + 1)};
-  def.rowLayout.file = &FileLayout::of(Version::Jet4);
+  def.rowLayout.file = &FileLayout::of(header.version);
   def.rowLayout.codePage = header.codePage;
-  def.rowLayout.nextColumn = static_cast<uint16_t>(from.columns.size());
   def.rowLayout.variableColumns = from.variableColumns;
   for (const SystemColumn& c : from.columns) {
+    if (jet3 && from.page == queriesTable().page && c.name == u"LvExtra") continue;
+    ++def.rowLayout.nextColumn;
     ColumnDef column;
     column.name = c.name;
     column.lcid = header.lcid;
@@ -156,7 +160,7 @@ TableDef definitionOf(const SystemTable& from, const FileHeader& header) {
                      .number = c.number,
                      .variableIndex = c.variableIndex,
                      .fixedOffset = c.fixedOffset,
-                     .length = c.length};
+                     .length = jet3 && c.length == 510 ? uint16_t{255} : c.length};
     for (const LongValueMaps& maps : from.longValues) {
       if (maps.column != c.number) continue;
       column.ownedMap = {kMapPage, maps.firstMap};
@@ -230,19 +234,35 @@ void writeUsageMaps(Pager& pager, std::span<const SystemTable* const> tables) {
   for (const PageNumber mapped : content) data_page::insert(page.bytes(), layout, asBytes(mapRow(mapped)));
 }
 
-Binary maskedSid(const uint8_t (&plain)[2]) {
-  return {static_cast<uint8_t>(plain[0] ^ kNewFileSidMask[0]),
-          static_cast<uint8_t>(plain[1] ^ kNewFileSidMask[1])};
+Binary maskedSid(const uint8_t (&plain)[2], const SidMask& mask) {
+  return {static_cast<uint8_t>(plain[0] ^ mask[0]), static_cast<uint8_t>(plain[1] ^ mask[1])};
 }
 
-void insertObjects(RowStore& store, double now) {
+constexpr uint8_t kKnownDate[8] = {0xBC, 0x72, 0x1F, 0x7D, 0xF1, 0x9F, 0xE2, 0x40};
+
+}  // namespace
+
+double knownCreationDate() { return getDouble(kKnownDate); }
+
+const SidMask& knownSidMask() {
+  static const SidMask mask{
+      0xA5, 0x32, 0x12, 0x55, 0xA2, 0x13, 0x65, 0x6A, 0xCC, 0x6E, 0x59, 0x95, 0xE9, 0xCC, 0x1C, 0xB4, 0xBB,
+      0x1C, 0x48, 0x4C, 0xB6, 0x1D, 0x8A, 0x9B, 0x7D, 0x2D, 0xAD, 0xE9, 0x14, 0xA1, 0xB3, 0xEA, 0xDD, 0xD3,
+      0x0D, 0xC8, 0xCF, 0x5E, 0xB7, 0xF8, 0x0F, 0xBA, 0xC6, 0x03, 0x17, 0xB7, 0xE3, 0x89, 0x2D, 0xFA, 0x3C,
+      0xD5, 0xCC, 0x17, 0xF0, 0x1C, 0xBE, 0xFD, 0x06, 0xA6, 0x26, 0x53, 0x4C, 0x01, 0xFA, 0xDF, 0x66, 0x9C,
+      0xAB, 0xC0, 0x2A, 0x4D, 0x7A, 0x6A, 0x26, 0xA8, 0xE7, 0x8A, 0xF1, 0x57, 0xCA, 0x11, 0x36, 0x6E, 0x6C,
+      0x58, 0x79, 0x84, 0x0C, 0x70, 0x95, 0xCC, 0x0F, 0x7C, 0xF6, 0x10, 0xF5, 0x37, 0x28, 0x2D, 0xFA, 0x90};
+  return mask;
+}
+
+std::vector<std::vector<Value>> newObjectRows(const TableDef& objects, const SidMask& mask, double now) {
   struct Row {
     int32_t id, parent;
     std::u16string_view name;
     int16_t type;
     const uint8_t (&owner)[2];
   };
-  const Row rows[] = {
+  const Row list[] = {
       {kTablesContainer, kContainerRoot, u"Tables", kObjectContainer, kSidEngine},
       {kDatabasesContainer, kContainerRoot, u"Databases", kObjectContainer, kSidEngine},
       {kRelationsContainer, kContainerRoot, u"Relationships", kObjectContainer, kSidEngine},
@@ -252,25 +272,25 @@ void insertObjects(RowStore& store, double now) {
       {4, kTablesContainer, u"MSysQueries", kObjectTable, kSidEngine},
       {5, kTablesContainer, u"MSysRelationships", kObjectTable, kSidEngine},
   };
-  for (const Row& r : rows) {
-    SystemRow row(store.def());
+  std::vector<std::vector<Value>> rows;
+  for (const Row& r : list) {
+    SystemRow row(objects);
     row.set(u"Id", r.id).set(u"ParentId", r.parent).set(u"Name", r.name).set(u"Type", r.type);
     row.set(u"DateCreate", Date{now}).set(u"DateUpdate", Date{now});
-    row.set(u"Owner", maskedSid(r.owner)).set(u"Flags", INT32_MIN);
-    store.insert(row.values());
+    row.set(u"Owner", maskedSid(r.owner, mask)).set(u"Flags", INT32_MIN);
+    rows.emplace_back(row.values().begin(), row.values().end());
   }
+  return rows;
 }
 
-// Who may do what in a new file: everything a database without a workgroup needs, and what new tables and
-// relationships inherit.
-void insertPermissions(RowStore& store) {
+std::vector<std::vector<Value>> newPermissionRows(const TableDef& aces, const SidMask& mask) {
   struct Row {
     int32_t object;
     const uint8_t (&sid)[2];
     int32_t mask;
     bool inheritable;
   };
-  const Row rows[] = {
+  const Row list[] = {
       {2, kSidAdmin, 0x60000, false},
       {3, kSidAdmin, 0x60000, false},
       {4, kSidAdmin, 0x60000, false},
@@ -288,39 +308,54 @@ void insertPermissions(RowStore& store) {
       {kTablesContainer, kSidUsers, 0xFFEFF, true},
       {kRelationsContainer, kSidUsers, 0xFFFFF, true},
   };
-  for (const Row& r : rows) {
-    SystemRow row(store.def());
-    row.set(u"ObjectId", r.object).set(u"SID", maskedSid(r.sid)).set(u"ACM", r.mask);
+  std::vector<std::vector<Value>> rows;
+  for (const Row& r : list) {
+    SystemRow row(aces);
+    row.set(u"ObjectId", r.object).set(u"SID", maskedSid(r.sid, mask)).set(u"ACM", r.mask);
     row.set(u"FInheritable", r.inheritable);
-    store.insert(row.values());
+    rows.emplace_back(row.values().begin(), row.values().end());
   }
+  return rows;
 }
 
-}  // namespace
+SystemTables writeEmptyDatabase(Pager& pager, FileHeader& header) {
+  writeHeader(pager.write(0).bytes(), header);
+  writeFreeMap(pager);
+  const SystemTable* const tables[] = {&objectsTable(), &acesTable(), &queriesTable(), &relationshipsTable()};
+  writeUsageMaps(pager, tables);
+  SystemTables definitions = systemDefinitions(header);
+  TableDef* const defs[] = {&definitions.objects, &definitions.aces, &definitions.queries,
+                            &definitions.relationships};
+  for (const TableDef* def : defs) {
+    for (const RealIndex& index : def->realIndexes) writeEmptyRoot(pager, index.root, def->page);
+    writeTdef(pager, *def, {def->page});
+  }
+  data_page::initialise(pager.write(kObjectRows).bytes(), pager.layout(), objectsTable().page);
+  data_page::initialise(pager.write(kAceRows).bytes(), pager.layout(), acesTable().page);
+  return definitions;
+}
+
+SystemTables systemDefinitions(const FileHeader& header) {
+  return {definitionOf(objectsTable(), header), definitionOf(acesTable(), header),
+          definitionOf(queriesTable(), header), definitionOf(relationshipsTable(), header)};
+}
+
+uint16_t codePageOf(uint16_t lcid) { return lcid == 0x0415 ? 1250 : 1252; }
 
 std::unique_ptr<Catalog> Catalog::createDatabase(Pager& pager, uint16_t lcid, std::u16string_view password) {
   if (lcid != 0x0409 && lcid != 0x0415) throw Error(3001);
   Transaction change(pager);
   FileHeader header;
   header.lcid = lcid;
-  header.codePage = lcid == 0x0415 ? 1250 : 1252;
+  header.codePage = codePageOf(lcid);
   header.password = password;
-  writeHeader(pager.write(0).bytes(), header);
-  writeFreeMap(pager);
-
-  const SystemTable* const tables[] = {&objectsTable(), &acesTable(), &queriesTable(), &relationshipsTable()};
-  writeUsageMaps(pager, tables);
-  std::vector<TableDefPtr> definitions;
-  for (const SystemTable* table : tables) {
-    for (const SystemIndex& index : table->realIndexes) writeEmptyRoot(pager, index.root, table->page);
-    definitions.push_back(std::make_shared<TableDef>(definitionOf(*table, header)));
-    writeTdef(pager, *definitions.back(), {table->page});
-  }
-  data_page::initialise(pager.write(kObjectRows).bytes(), pager.layout(), objectsTable().page);
-  data_page::initialise(pager.write(kAceRows).bytes(), pager.layout(), acesTable().page);
-  RowStore objects(pager, definitions[0]), aces(pager, definitions[1]);
-  insertObjects(objects, pager.environment().localTime());
-  insertPermissions(aces);
+  const SystemTables tables = writeEmptyDatabase(pager, header);
+  const SidMask mask(std::begin(kNewFileSidMask), std::end(kNewFileSidMask));
+  RowStore objects(pager, std::make_shared<TableDef>(tables.objects));
+  RowStore aces(pager, std::make_shared<TableDef>(tables.aces));
+  for (const auto& row : newObjectRows(tables.objects, mask, pager.environment().localTime()))
+    objects.insert(row);
+  for (const auto& row : newPermissionRows(tables.aces, mask)) aces.insert(row);
   change.commit();
   return open(pager);
 }

@@ -82,7 +82,7 @@ FileHeader parseHeader(Bytes page) {
 void writeHeader(MutableBytes page, FileHeader& header) {
   const FileLayout& layout = FileLayout::of(Version::Jet4);
   header.version = Version::Jet4;
-  header.created = getDouble(kNewFileDate);
+  if (header.created == 0) header.created = getDouble(kNewFileDate);
   std::copy(std::begin(kSignature), std::end(kSignature), page.begin());
   uint8_t* p = page.data();
   p[0x14] = 1;
@@ -94,7 +94,7 @@ void writeHeader(MutableBytes page, FileHeader& header) {
   putPassword(p + kHeaderPassword, header, header.password);
   put32(p + kBuildNumber, kBuild);
   put16(p + kOrder4, header.lcid);
-  std::copy(std::begin(kNewFileDate), std::end(kNewFileDate), p + kCreated);
+  putDouble(p + kCreated, header.created);
   toggleHeaderMask(page, Version::Jet4);
   put32(p + kMark, 0x654);
   std::copy_n("4.0", 4, p + kMark + 4);

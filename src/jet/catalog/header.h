@@ -19,8 +19,8 @@ namespace jet {
 // Throws Error 3343 when the page does not begin like a database, 3049 when its fields cannot be right.
 FileHeader parseHeader(Bytes page);
 
-// Fills a zero page as a new Jet 4 file has it. The creation date is one whose effect on the stored security
-// identifiers is known; `header.created` receives it.
+// Fills a zero page as a new Jet 4 file has it. Without a creation date (0) the file gets one whose effect on
+// the stored security identifiers is known; `header.created` receives it.
 void writeHeader(MutableBytes page, FileHeader& header);
 
 constexpr size_t kMaxPasswordLength = 20;

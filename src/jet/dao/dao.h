@@ -149,8 +149,9 @@ class Database {
   void define(const std::function<void(Catalog&)>& change);
 
   void newPassword(std::u16string_view oldPassword, std::u16string_view newPassword);  // 3031
-  // One line a fault; true when the file is sound.
-  bool check(const std::function<void(const std::u16string&)>& fault);
+  // One line a fault; true when the file is sound. `leaks`: pages that are neither used nor free are faults
+  // too; they cost nothing but room, and files of other programs have them.
+  bool check(const std::function<void(const std::u16string&)>& fault, bool leaks = false);
 
  private:
   friend class Workspace;
@@ -158,6 +159,16 @@ class Database {
   struct Impl;
   explicit Database(std::unique_ptr<Impl> impl);
   std::unique_ptr<Impl> impl_;
+};
+
+// Called now and then during long work with the part that is done, 0 to 1; false cancels it (3059).
+using Progress = std::function<bool(double)>;
+
+struct CompactOptions {
+  std::u16string locale = {};   // of the new file, as for createDatabase; empty: the source's sort order
+  std::u16string connect = {};  // ";pwd=...;" of the source
+  std::optional<std::u16string> password = {};  // of the new file; nullopt: the source's
+  Progress progress = {};
 };
 
 class Workspace {
@@ -168,7 +179,7 @@ class Workspace {
   struct OpenOptions {
     bool exclusive = false;
     bool readOnly = false;
-    std::u16string connect;  // ";pwd=...;"
+    std::u16string connect = {};  // ";pwd=...;"
   };
   // Throws 3024 (no file), 3343 (not a database), 3031 (password), 3045/3356 (held exclusively), 3051 (no permission).
   std::unique_ptr<Database> openDatabase(const std::filesystem::path& path, const OpenOptions& options);
@@ -177,6 +188,20 @@ class Workspace {
   // Throws 3204 when the file exists.
   std::unique_ptr<Database> createDatabase(const std::filesystem::path& path, std::u16string_view locale,
                                            std::u16string_view password = {});
+
+  // Copies `source`, which nobody may have open, to a new Jet 4 file with everything that it holds, packed and with
+  // its indexes built anew. Throws 3204 when the destination exists, 3356/3045 when the source is in use, 3031,
+  // 3059 (cancelled), 3049 when the source is damaged or something in it cannot be carried, 3022 when a unique
+  // index holds a key twice. On any error there is no new file.
+  void compactDatabase(const std::filesystem::path& source, const std::filesystem::path& destination,
+                       const CompactOptions& options = {});
+  // Puts in place of the file one with every table, row and object that can still be read in it, maps, indexes
+  // and relationships made anew; a Jet 3 file becomes one of Jet 4. `report` gets a line for each kind of loss.
+  // True when nothing was lost. Throws 3056 when there is nothing to bring back, 3356/3045 when the file is in
+  // use, 3059; then the file is as it was.
+  bool repairDatabase(const std::filesystem::path& path,
+                      const std::function<void(const std::u16string&)>& report = {},
+                      const Progress& progress = {});
 
   // Transactions over the databases of this workspace; they nest five levels (3003). 3034 without one.
   void beginTrans();

@@ -106,16 +106,14 @@ void Database::newPassword(std::u16string_view oldPassword, std::u16string_view 
   transaction.commit();
 }
 
-bool Database::check(const std::function<void(const std::u16string&)>& fault) {
+bool Database::check(const std::function<void(const std::u16string&)>& fault, bool leaks) {
   ReadScope scope(*opened(impl_).pager);
   bool sound = true;
-  // Pages that nobody uses are lost room, not damage; files of other programs have them now and then.
-  constexpr bool kLeaks = false;
-  const auto report = [&](const std::u16string& line) {
+  const auto line = [&](const std::u16string& text) {
     sound = false;
-    fault(line);
+    fault(text);
   };
-  checkDatabase(*impl_->catalog, report, kLeaks);
+  checkDatabase(*impl_->catalog, line, leaks);
   return sound;
 }
 

@@ -1,6 +1,6 @@
 #include <algorithm>
-#include <charconv>
 
+#include "jet/dao/connect_text.h"
 #include "jet/dao/database_impl.h"
 
 namespace jet {
@@ -9,27 +9,6 @@ namespace {
 
 constexpr int kMaxTransactionLevel = 5;
 constexpr uint16_t kGeneralLcid = 0x0409;
-
-// The text between `name` and the next ';' of a connect or locale string; names ignore case.
-std::u16string connectPart(std::u16string_view connect, std::u16string_view name) {
-  const std::u16string folded = foldName(connect);
-  const size_t at = folded.find(u';' + std::u16string(name) + u'=');
-  if (at == std::u16string::npos) return {};
-  const size_t from = at + name.size() + 2;
-  return std::u16string(connect.substr(from, connect.find(u';', from) - from));
-}
-
-uint16_t localeLcid(std::u16string_view locale) {
-  const std::string text = toUtf8(connectPart(locale, u"langid"));
-  if (text.empty()) return kGeneralLcid;
-  unsigned lcid = 0;
-  const bool hex = text.starts_with("0x") || text.starts_with("0X");
-  const auto [end, error] =
-      std::from_chars(text.data() + (hex ? 2 : 0), text.data() + text.size(), lcid, hex ? 16 : 10);
-  if (error != std::errc{} || end != text.data() + text.size() || lcid > 0xFFFF)
-    throw Error(3001, {}, "DAO.Workspace");
-  return static_cast<uint16_t>(lcid);
-}
 
 }  // namespace
 
@@ -81,7 +60,7 @@ std::unique_ptr<Database> Workspace::createDatabase(const std::filesystem::path&
   auto database = std::make_unique<Database::Impl>();
   database->pager =
       Pager::create(impl_->environment, path, Version::Jet4, Catalog::kEmptyDatabasePages);
-  database->catalog = Catalog::createDatabase(*database->pager, localeLcid(locale), password);
+  database->catalog = Catalog::createDatabase(*database->pager, localeLcid(locale).value_or(kGeneralLcid), password);
   database->pager->commit();
   database->engine = std::make_unique<sql::Engine>(*database->catalog);
   database->attach(impl_);

@@ -79,6 +79,13 @@ void LongValueStore::visit(const LongValueRef& ref, const std::function<bool(Byt
     walk(ref, [&](const Part& p) { return part(p.data); });
 }
 
+void LongValueStore::visitRows(const LongValueRef& ref, const std::function<bool(RowId, Bytes)>& part) const {
+  if (ref.kind == LongValueRef::Kind::Inline)
+    part({}, ref.inlineBytes);
+  else
+    walk(ref, [&](const Part& p) { return part(p.row, p.data); });
+}
+
 std::string LongValueStore::read(const LongValueRef& ref) const {
   std::string value;
   visit(ref, [&](Bytes part) {
@@ -98,8 +105,9 @@ LongValueField LongValueStore::write(Bytes value, bool mustMoveOut) {
     return field.append(asChars(value));
   }
   if (length <= layout.maxLongValuePart) return makeField(length | kSingleFlag, writeSingle(value), 0);
-  const uint32_t stamp = layout.version == Version::Jet3 ? 0 : makeStamp(pager_, length);
-  return makeField(length, writeChain(value, stamp), stamp);
+  Writer chain(*this, length);
+  chain.append(value);
+  return chain.finish();
 }
 
 RowId LongValueStore::writeSingle(Bytes value) {
@@ -114,21 +122,44 @@ RowId LongValueStore::writeSingle(Bytes value) {
   return {page.number(), static_cast<uint8_t>(slot)};
 }
 
-// The pages are taken in ascending order, then filled; the last part is as long as needed.
-RowId LongValueStore::writeChain(Bytes value, uint32_t stamp) {
-  const size_t partSize = pager_.layout().maxLongValuePart;
-  std::vector<PageNumber> pages((value.size() + partSize - 1) / partSize);
-  for (PageNumber& page : pages) page = freshPage().number();
-  std::string row;
-  for (size_t i = 0; i < pages.size(); ++i) {
-    PageEdit page = pager_.write(pages[i]);
-    row.assign(kNextSize, '\0');
-    if (i + 1 < pages.size()) put32(reinterpret_cast<uint8_t*>(row.data()), RowId{pages[i + 1], 0}.stored());
-    row.append(asChars(value.subspan(i * partSize, std::min(partSize, value.size() - i * partSize))));
-    data_page::insert(page.bytes(), pager_.layout(), asBytes(row));
-    if (i == 0 && stamp != 0) put32(page.data() + kStampOffset, stamp);
+LongValueStore::Writer::Writer(LongValueStore& store, uint32_t length)
+    : store_(store),
+      length_(length),
+      stamp_(store.pager_.layout().version == Version::Jet3 ? 0 : makeStamp(store.pager_, length)),
+      row_(kNextSize, '\0') {}
+
+void LongValueStore::Writer::append(Bytes piece) {
+  const size_t full = kNextSize + store_.pager_.layout().maxLongValuePart;
+  while (!piece.empty()) {
+    if (row_.size() == full) flush();
+    const size_t count = std::min(piece.size(), full - row_.size());
+    row_.append(asChars(piece.first(count)));
+    piece = piece.subspan(count);
   }
-  return {pages[0], 0};
+}
+
+// The part goes to a page of its own, and the part before it gets its pointer.
+void LongValueStore::Writer::flush() {
+  const FileLayout& layout = store_.pager_.layout();
+  PageEdit page = store_.freshPage();
+  data_page::insert(page.bytes(), layout, asBytes(row_));
+  const RowId row{page.number(), 0};
+  if (first_.isNull()) {
+    first_ = row;
+    if (stamp_ != 0) put32(page.data() + kStampOffset, stamp_);
+  } else {
+    const size_t start =
+        last_.bytes().size() - kNextSize - layout.maxLongValuePart;  // a full part is before it
+    put32(last_.data() + start, row.stored());
+  }
+  last_ = std::move(page);
+  row_.assign(kNextSize, '\0');
+}
+
+LongValueField LongValueStore::Writer::finish() {
+  flush();
+  last_ = {};
+  return makeField(length_, first_, stamp_);
 }
 
 // The last page of the free map is the one that was filled last; a few others may have been left with room.

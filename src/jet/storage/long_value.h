@@ -22,17 +22,36 @@ class LongValueStore {
   std::string read(const LongValueRef& ref) const;
   // Reads the parts one by one; stops when the visitor returns false.
   void visit(const LongValueRef& ref, const std::function<bool(Bytes)>& part) const;
+  // The same, with the row that holds each part (none for an inline value).
+  void visitRows(const LongValueRef& ref, const std::function<bool(RowId, Bytes)>& part) const;
   // Stores the value and returns the row's field. `mustMoveOut` forbids the inline form (row too long, or a
   // text whose uncompressed length is over the inline limit).
   LongValueField write(Bytes value, bool mustMoveOut = false);
   void remove(const LongValueRef& ref);
+
+  // Stores a value that comes in pieces, holding one page of it at a time. `length` must be the sum of the
+  // pieces and longer than one page takes (FileLayout::maxLongValuePart).
+  class Writer {
+   public:
+    Writer(LongValueStore& store, uint32_t length);
+    void append(Bytes piece);
+    LongValueField finish();
+
+   private:
+    void flush();
+
+    LongValueStore& store_;
+    uint32_t length_, stamp_;
+    RowId first_;
+    PageEdit last_;    // whose row waits for the pointer to the next one
+    std::string row_;  // pointer and data of the part being filled
+  };
 
  private:
   struct Part;
   // Calls `each` with every row of the value, from first to last.
   void walk(const LongValueRef& ref, const std::function<bool(const Part&)>& each) const;
   RowId writeSingle(Bytes value);
-  RowId writeChain(Bytes value, uint32_t stamp);
   PageEdit pageWithRoom(size_t length);
   PageEdit freshPage();
   void erase(RowId row);

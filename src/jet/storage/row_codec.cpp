@@ -211,7 +211,10 @@ void padFixed(const ColumnLayout& column, const RowLayout& layout, size_t start,
   for (size_t i = length; i + (ansi ? 0 : 1) < column.length; i += ansi ? 1 : 2) row[start + i] = ' ';
 }
 
-void encodeFixedArea(const RowLayout& layout, std::span<const Value> values, std::string& row) {
+// Where a row's columns come from: `isSet(i)` gives the null-mask bit, `append(i, row)` the stored bytes of a
+// column that is set.
+template <typename IsSet, typename Append>
+void encodeFixedArea(const RowLayout& layout, const IsSet& isSet, const Append& append, std::string& row) {
   const size_t head = row.size();
   size_t area = 0;
   for (const ColumnLayout& c : layout.columns)
@@ -221,9 +224,9 @@ void encodeFixedArea(const RowLayout& layout, std::span<const Value> values, std
   std::string bytes;
   for (size_t i = 0; i < layout.columns.size(); ++i) {
     const ColumnLayout& c = layout.columns[i];
-    if (!c.fixed || c.type == Type::Boolean || values[i].isNull()) continue;
+    if (!c.fixed || c.type == Type::Boolean || !isSet(i)) continue;
     bytes.clear();
-    encodeStored(c, layout, values[i], bytes);
+    append(i, bytes);
     if (bytes.size() > c.length) throw Error(3163, {}, "DAO.Field");
     const size_t start = head + c.fixedOffset;
     std::copy(bytes.begin(), bytes.end(), row.begin() + static_cast<std::ptrdiff_t>(start));
@@ -232,9 +235,9 @@ void encodeFixedArea(const RowLayout& layout, std::span<const Value> values, std
 }
 
 // Appends the values of the variable columns; offsets[v] is the start of the v-th, offsets[V] the end.
-void encodeVariableData(const RowLayout& layout, std::span<const Value> values,
-                        std::span<const LongValueField> longValues, std::span<uint32_t> offsets,
-                        std::string& row) {
+template <typename IsSet, typename Append>
+void encodeVariableData(const RowLayout& layout, const IsSet& isSet, const Append& append,
+                        std::span<uint32_t> offsets, std::string& row) {
   std::array<int16_t, kMaxColumns> ordinals;
   ordinals.fill(-1);
   for (size_t i = 0; i < layout.columns.size(); ++i) {
@@ -246,12 +249,8 @@ void encodeVariableData(const RowLayout& layout, std::span<const Value> values,
     offsets[v] = static_cast<uint32_t>(row.size());
     if (ordinals[v] < 0) continue;
     const auto i = static_cast<size_t>(ordinals[v]);
-    if (values[i].isNull()) continue;
-    const ColumnLayout& c = layout.columns[i];
-    if (c.type == Type::Memo || c.type == Type::Ole)
-      row += longValues[i];
-    else
-      encodeStored(c, layout, values[i], row);
+    if (!isSet(i)) continue;
+    append(i, row);
     if (row.size() > layout.file->maxRow) throw Error(3047, {}, "DAO.Recordset");
   }
   offsets[layout.variableColumns] = static_cast<uint32_t>(row.size());
@@ -281,23 +280,21 @@ void appendJet3Offsets(std::span<const uint32_t> offsets, size_t maskSize, std::
 
 constexpr size_t kMinRow = 4;
 
-}  // namespace
-
-std::string encodeRow(const RowLayout& layout, std::span<const Value> values,
-                      std::span<const LongValueField> longValues) {
+template <typename IsSet, typename Append>
+void buildRow(const RowLayout& layout, const IsSet& isSet, const Append& append, std::string& row) {
   if (layout.nextColumn > kMaxColumns || layout.variableColumns > kMaxColumns)
     throw Error::withText(3190, std::u16string(errorText(3190)), "DAO.Recordset");
   const bool jet3 = layout.file->version == Version::Jet3;
-  std::string row;
+  row.clear();
   row.reserve(256);
   row += static_cast<char>(layout.nextColumn);
   if (!jet3) row += static_cast<char>(layout.nextColumn >> 8);
-  encodeFixedArea(layout, values, row);
+  encodeFixedArea(layout, isSet, append, row);
   const size_t maskSize = (layout.nextColumn + 7u) / 8;
   if (layout.variableColumns > 0) {
     std::array<uint32_t, kMaxColumns + 1> table;
     const std::span<uint32_t> offsets = std::span(table).first(layout.variableColumns + 1u);
-    encodeVariableData(layout, values, longValues, offsets, row);
+    encodeVariableData(layout, isSet, append, offsets, row);
     if (jet3)
       appendJet3Offsets(offsets, maskSize, row);
     else
@@ -310,13 +307,38 @@ std::string encodeRow(const RowLayout& layout, std::span<const Value> values,
   row.resize(mask + maskSize);
   for (size_t i = 0; i < layout.columns.size(); ++i) {
     const ColumnLayout& c = layout.columns[i];
-    const bool set =
-        c.type == Type::Boolean ? !values[i].isNull() && as<bool>(values[i]) : !values[i].isNull();
-    if (set && c.number < layout.nextColumn)
+    if (c.number < layout.nextColumn && isSet(i))
       row[mask + c.number / 8u] |= static_cast<char>(1 << c.number % 8);
   }
   if (row.size() > layout.file->maxRow) throw Error(3047, {}, "DAO.Recordset");
+}
+
+}  // namespace
+
+std::string encodeRow(const RowLayout& layout, std::span<const Value> values,
+                      std::span<const LongValueField> longValues) {
+  std::string row;
+  buildRow(
+      layout,
+      [&](size_t i) {
+        if (values[i].isNull()) return false;
+        return layout.columns[i].type != Type::Boolean || as<bool>(values[i]);
+      },
+      [&](size_t i, std::string& out) {
+        const ColumnLayout& c = layout.columns[i];
+        if (c.type == Type::Memo || c.type == Type::Ole)
+          out += longValues[i];
+        else
+          encodeStored(c, layout, values[i], out);
+      },
+      row);
   return row;
+}
+
+void encodeStoredRow(const RowLayout& layout, std::span<const StoredColumn> columns, std::string& row) {
+  buildRow(
+      layout, [&](size_t i) { return columns[i].isSet; },
+      [&](size_t i, std::string& out) { out += asChars(columns[i].bytes); }, row);
 }
 
 }  // namespace jet

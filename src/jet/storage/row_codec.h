@@ -155,4 +155,15 @@ using LongValueField = std::string;
 std::string encodeRow(const RowLayout& layout, std::span<const Value> values,
                       std::span<const LongValueField> longValues);
 
+// A column that is stored already: `isSet` is its bit of the null mask (a boolean's value), `bytes` are as
+// RowReader::stored gives them or a LongValueField.
+struct StoredColumn {
+  bool isSet = false;
+  Bytes bytes;
+};
+
+// Builds a row of such columns, by ordinal, without decoding them. `row` is overwritten. Throws 3047 and 3163
+// as encodeRow does.
+void encodeStoredRow(const RowLayout& layout, std::span<const StoredColumn> columns, std::string& row);
+
 }  // namespace jet
