@@ -20,6 +20,12 @@ if(TANDEKO_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
+option(TANDEKO_FUZZ "Build the fuzzers (needs clang)" OFF)
+if(TANDEKO_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=undefined)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
 # tandeko_library(NAME [QT] [DEPENDS library ...]): a static library of all sources below this folder, but
 # for main.cpp, which is a program's.
 # With QT, moc and uic run over it.
