@@ -18,22 +18,10 @@ bool isText(Type type) { return type == Type::Text || type == Type::Memo; }
 uint16_t storedLength(const NewColumn& column) {
   switch (column.type) {
     case Type::Boolean:
-    case Type::Byte:
       return 1;
-    case Type::Integer:
-      return 2;
-    case Type::Long:
-    case Type::Single:
-      return 4;
-    case Type::Currency:
-    case Type::Double:
-    case Type::Date:
-      return 8;
-    case Type::Guid:
-      return 16;
     case Type::Decimal:
       if (column.precision < 1 || column.precision > 28 || column.scale > column.precision) throw Error(3259);
-      return 17;
+      return fixedSize(column.type);
     case Type::Text:
       if (column.size < 0 || column.size > kMaxTextSize) throw Error(3017);
       return static_cast<uint16_t>(2 * (column.size == 0 ? kDefaultTextSize : column.size));
@@ -44,6 +32,7 @@ uint16_t storedLength(const NewColumn& column) {
     case Type::Ole:
       return 0;
     default:
+      if (const uint16_t size = fixedSize(column.type)) return size;
       throw Error(3259);
   }
 }

@@ -21,30 +21,6 @@ Type columnType(uint8_t code, PageNumber page) {
   return static_cast<Type>(code);
 }
 
-// Bytes of a type whose values all have the same size; 0 for the others.
-uint16_t fixedSize(Type type) {
-  switch (type) {
-    case Type::Boolean:
-    case Type::Byte:
-      return 1;
-    case Type::Integer:
-      return 2;
-    case Type::Long:
-    case Type::Single:
-      return 4;
-    case Type::Currency:
-    case Type::Double:
-    case Type::Date:
-      return 8;
-    case Type::Guid:
-      return 16;
-    case Type::Decimal:
-      return 17;
-    default:
-      return 0;
-  }
-}
-
 class TdefReader {
  public:
   TdefReader(const TdefBytes& stored, const FileHeader& header)

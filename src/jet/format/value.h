@@ -31,6 +31,30 @@ enum class Type : uint8_t {
   Internal = 0x11,  // objects of the user interface; bytes, copied as they are
 };
 
+// Bytes that every value of the type takes in a row; 0 of those that vary and of Boolean, which is a bit of
+// the row's mask.
+constexpr uint16_t fixedSize(Type type) {
+  switch (type) {
+    case Type::Byte:
+      return 1;
+    case Type::Integer:
+      return 2;
+    case Type::Long:
+    case Type::Single:
+      return 4;
+    case Type::Currency:
+    case Type::Double:
+    case Type::Date:
+      return 8;
+    case Type::Guid:
+      return 16;
+    case Type::Decimal:
+      return 17;
+    default:
+      return 0;
+  }
+}
+
 // A sum of money: the amount times 10,000.
 struct Currency {
   int64_t scaled = 0;
@@ -63,8 +87,8 @@ using Binary = std::vector<uint8_t>;
 template <typename T, typename... Ts>
 inline constexpr bool kIsOneOf = (std::is_same_v<T, Ts> || ...);
 template <typename T>
-concept ValueContent = kIsOneOf<std::remove_cvref_t<T>, bool, uint8_t, int16_t, int32_t, Currency, float, double, Date,
-                                Binary, Text, Guid, Decimal>;
+concept ValueContent = kIsOneOf < std::remove_cvref_t<T>,
+bool, uint8_t, int16_t, int32_t, Currency, float, double, Date, Binary, Text, Guid, Decimal > ;
 
 // One field's value. Null is std::monostate. Text and Memo are both Text, Binary, OLE and Internal all
 // Binary: which of them a value belongs to is a property of its column or expression.

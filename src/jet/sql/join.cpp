@@ -125,21 +125,53 @@ void setNull(const PlanNode& node) {
 
 }  // namespace
 
-HashJoin::HashJoin(PlanNodePtr left, PlanNodePtr right, std::vector<Key> keys, bool outer)
-    : left_(std::move(left)),
-      right_(std::move(right)),
-      keys_(std::move(keys)),
-      outer_(outer),
-      buffer_(right_->slots) {
+Join::Join(PlanNodePtr left, PlanNodePtr right, bool outer)
+    : left_(std::move(left)), right_(std::move(right)), outer_(outer) {
   slots = both(left_->slots, right_->slots);
   isStatic = left_->isStatic && right_->isStatic;
+}
+
+void Join::open(EvalContext& c) {
+  left_->open(c);
+  haveLeft_ = false;
+}
+
+bool Join::advance(EvalContext& c) {
+  for (;;) {
+    if (!haveLeft_) {
+      if (!left_->next(c)) return false;
+      haveLeft_ = true;
+      matched_ = false;
+      startCandidates(c);
+    }
+    while (nextCandidate(c)) {
+      if (!passes(conditions, c)) continue;
+      matched_ = true;
+      return true;
+    }
+    haveLeft_ = false;
+    if (outer_ && !matched_) {
+      setNull(*right_);
+      return true;
+    }
+  }
+}
+
+void Join::explain(PlanText& text, int depth) const {
+  text.line(depth, (outer_ ? u"outer " : u"") + std::u16string(name()) +
+                       (conditions.empty() ? u"" : u", condition") + filterNote());
+  left_->explain(text, depth + 1);
+  right_->explain(text, depth + 1);
+}
+
+HashJoin::HashJoin(PlanNodePtr left, PlanNodePtr right, std::vector<Key> keys, bool outer)
+    : Join(std::move(left), std::move(right), outer), keys_(std::move(keys)), buffer_(right_->slots) {
   integers_ = keys_.size() == 1 && isIntegerColumn(keys_[0].left) && isIntegerColumn(keys_[0].right);
 }
 
 void HashJoin::open(EvalContext& c) {
   if (!built_ || !right_->isStatic) build(c);
-  left_->open(c);
-  haveLeft_ = false;
+  Join::open(c);
 }
 
 // False when a part of the key is Null: nothing is equal to it.
@@ -181,74 +213,15 @@ uint32_t HashJoin::probe(EvalContext& c) {
   return v.isNull() ? KeyTable::kNone : table_.find(integerOf(v));
 }
 
-bool HashJoin::advance(EvalContext& c) {
-  for (;;) {
-    if (!haveLeft_) {
-      if (!outer_ && buffer_.size() == 0) return false;
-      if (!left_->next(c)) return false;
-      haveLeft_ = true;
-      matched_ = false;
-      match_ = probe(c);
-    }
-    while (match_ != KeyTable::kNone) {
-      buffer_.restore(match_);
-      match_ = table_.nextOf(match_);
-      if (!passes(conditions, c)) continue;
-      matched_ = true;
-      return true;
-    }
-    haveLeft_ = false;
-    if (outer_ && !matched_) {
-      setNull(*right_);
-      return true;
-    }
-  }
-}
+bool HashJoin::advance(EvalContext& c) { return (outer_ || buffer_.size() != 0) && Join::advance(c); }
 
-void HashJoin::explain(PlanText& text, int depth) const {
-  text.line(depth, std::u16string(outer_ ? u"outer hash join" : u"hash join") +
-                       (conditions.empty() ? u"" : u", condition") + filterNote());
-  left_->explain(text, depth + 1);
-  right_->explain(text, depth + 1);
-}
+void HashJoin::startCandidates(EvalContext& c) { match_ = probe(c); }
 
-NestedLoop::NestedLoop(PlanNodePtr left, PlanNodePtr right, bool outer)
-    : left_(std::move(left)), right_(std::move(right)), outer_(outer) {
-  slots = both(left_->slots, right_->slots);
-  isStatic = left_->isStatic && right_->isStatic;
-}
-
-void NestedLoop::open(EvalContext& c) {
-  left_->open(c);
-  haveLeft_ = false;
-}
-
-bool NestedLoop::advance(EvalContext& c) {
-  for (;;) {
-    if (!haveLeft_) {
-      if (!left_->next(c)) return false;
-      haveLeft_ = true;
-      matched_ = false;
-      right_->open(c);
-    }
-    while (right_->next(c)) {
-      if (!passes(conditions, c)) continue;
-      matched_ = true;
-      return true;
-    }
-    haveLeft_ = false;
-    if (outer_ && !matched_) {
-      setNull(*right_);
-      return true;
-    }
-  }
-}
-
-void NestedLoop::explain(PlanText& text, int depth) const {
-  text.line(depth, std::u16string(outer_ ? u"outer nested loop" : u"nested loop") +
-                       (conditions.empty() ? u"" : u", condition") + filterNote());
-  left_->explain(text, depth + 1);
-  right_->explain(text, depth + 1);
+bool HashJoin::nextCandidate(EvalContext&) {
+  if (match_ == KeyTable::kNone) return false;
+  buffer_.restore(match_);
+  match_ = table_.nextOf(match_);
+  return true;
 }
 
 Kept::Kept(PlanNodePtr input) : input_(std::move(input)), buffer_(input_->slots) {

@@ -34,8 +34,32 @@ class KeyTable {
   std::vector<uint32_t> next_;
 };
 
+// For each row of the left step the rows of the right one that satisfy the conditions.
+class Join : public PlanNode {
+ public:
+  void open(EvalContext& c) override;
+  void explain(PlanText& text, int depth) const override;
+
+  std::vector<ExpressionPtr> conditions;  // of an outer join part of the match
+
+ protected:
+  Join(PlanNodePtr left, PlanNodePtr right, bool outer);
+  bool advance(EvalContext& c) override;
+  virtual std::u16string_view name() const = 0;
+  // Begins the candidates for the left row that was read.
+  virtual void startCandidates(EvalContext& c) = 0;
+  // Puts the next candidate into the right step's slots; false after the last.
+  virtual bool nextCandidate(EvalContext& c) = 0;
+
+  PlanNodePtr left_, right_;
+  const bool outer_;
+
+ private:
+  bool haveLeft_ = false, matched_ = false;
+};
+
 // Looks up the partners of each left row in a table of the right rows. The sides of `keys` are left, right.
-class HashJoin : public PlanNode {
+class HashJoin : public Join {
  public:
   struct Key {
     Expression* left;
@@ -44,47 +68,39 @@ class HashJoin : public PlanNode {
   };
   HashJoin(PlanNodePtr left, PlanNodePtr right, std::vector<Key> keys, bool outer);
   void open(EvalContext& c) override;
-  void explain(PlanText& text, int depth) const override;
 
-  std::vector<ExpressionPtr> conditions;     // the rest of ON; of an outer join part of the match
   std::vector<ExpressionPtr> keyConditions;  // own the key expressions, are not evaluated
 
  protected:
   bool advance(EvalContext& c) override;
+  std::u16string_view name() const override { return u"hash join"; }
+  void startCandidates(EvalContext& c) override;
+  bool nextCandidate(EvalContext& c) override;
 
  private:
   void build(EvalContext& c);
   uint32_t probe(EvalContext& c);
   bool appendKey(bool leftSide, EvalContext& c);
 
-  PlanNodePtr left_, right_;
   std::vector<Key> keys_;
-  const bool outer_;
   bool integers_ = false, built_ = false;
   SlotBuffer buffer_;
   KeyTable table_;
   std::string key_;
   uint32_t match_ = KeyTable::kNone;
-  bool haveLeft_ = false, matched_ = false;
 };
 
 // Opens the right side again for each left row. The right side reads what it needs of the left row itself (an
 // index seek) or is kept in memory.
-class NestedLoop : public PlanNode {
+class NestedLoop : public Join {
  public:
-  NestedLoop(PlanNodePtr left, PlanNodePtr right, bool outer);
-  void open(EvalContext& c) override;
-  void explain(PlanText& text, int depth) const override;
-
-  std::vector<ExpressionPtr> conditions;
+  NestedLoop(PlanNodePtr left, PlanNodePtr right, bool outer)
+      : Join(std::move(left), std::move(right), outer) {}
 
  protected:
-  bool advance(EvalContext& c) override;
-
- private:
-  PlanNodePtr left_, right_;
-  const bool outer_;
-  bool haveLeft_ = false, matched_ = false;
+  std::u16string_view name() const override { return u"nested loop"; }
+  void startCandidates(EvalContext& c) override { right_->open(c); }
+  bool nextCandidate(EvalContext& c) override { return right_->next(c); }
 };
 
 // Keeps the rows of a static step, to be read many times.

@@ -9,29 +9,6 @@ namespace jet {
 
 namespace {
 
-// Bytes that a value of the type takes; 0 when it varies.
-uint32_t fixedSize(Type type) {
-  switch (type) {
-    case Type::Byte:
-      return 1;
-    case Type::Integer:
-      return 2;
-    case Type::Long:
-    case Type::Single:
-      return 4;
-    case Type::Currency:
-    case Type::Double:
-    case Type::Date:
-      return 8;
-    case Type::Guid:
-      return 16;
-    case Type::Decimal:
-      return 17;
-    default:
-      return 0;
-  }
-}
-
 Decimal decodeDecimal(const uint8_t* p, uint8_t scale) {
   Decimal decimal;
   decimal.negative = (p[0] & 0x80) != 0;
