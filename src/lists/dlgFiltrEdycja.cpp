@@ -59,13 +59,11 @@ dlgFiltrEdycja::~dlgFiltrEdycja() = default;
 void dlgFiltrEdycja::readColumns(const KarForm& caller) {
   const QueryModel& model = caller.DataSource();
   const QList<QueryColumn> fields = queryColumns(caller.columnsQuery());
-  for (qsizetype field = 0; field < fields.size(); ++field) {
-    QString caption = fields[field].name;
-    for (const ListColumn& column : model.columns())
-      if (column.field == field) caption = column.caption;
-    columns_ << Column{fields[field].expression, caption,
-                       fieldKind(model.fieldType(static_cast<int>(field)))};
-  }
+  // What the list does not show, such as the key of a row, says nothing to its user.
+  for (const ListColumn& column : model.columns())
+    if (column.field < fields.size())
+      columns_ << Column{fields[column.field].expression, column.caption,
+                         fieldKind(model.fieldType(column.field))};
   const QSignalBlocker blocker(ui_->cmbKolumna);
   for (const Column& column : std::as_const(columns_)) ui_->cmbKolumna->addItem(column.caption);
   ui_->cmbKolumna->setCurrentIndex(-1);

@@ -57,6 +57,10 @@ int PanelPaste(const ItemStore& store, int item, int holder, int newParent, bool
   Transaction transaction(store.workspace);
   const auto originals = collect(store.database, item);
   if (originals.empty()) return 0;
+  if (newParent > 0) {
+    const auto set = placementOf(store, newParent);
+    if (!set || set->holder != holder) return 0;
+  }
   std::unordered_map<int, int> copies;  // by original
   for (const Placement& original : originals) copies[original.item] = copyRow(store, original.item, holder);
   if (!plainList) {

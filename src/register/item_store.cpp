@@ -79,10 +79,12 @@ std::vector<int> PanelMoveComponents(const ItemStore& store, int item, int from,
   return moved;
 }
 
-MoveOutcome PanelMoveItem(const ItemStore& store, int item, int holder, int newParent) {
+MoveOutcome PanelMoveItem(const ItemStore& store, int item, int holder, int newParent,
+                          const std::optional<Placement>& seen) {
   Transaction transaction(store.workspace);
   const auto now = placementOf(store, item);
   if (!now) return {MoveResult::Gone, {}};
+  if (seen && *seen != *now) return {MoveResult::Elsewhere, {}};
   const Placement wanted{item, holder, newParent < 1 ? 0 : newParent};
   if (wanted == *now) return {MoveResult::Unchanged, {}};
   if (wanted.parent > 0 && !StructCheck(store, item, holder, wanted.parent))
@@ -132,11 +134,15 @@ bool hasComponents(const ItemStore& store, int item) {
               ->eof();
 }
 
-bool deleteFromBin(const ItemStore& store, int item) {
-  if (hasComponents(store, item)) return false;
+DeleteResult deleteFromBin(const ItemStore& store, int item) {
+  Transaction transaction(store.workspace);
+  const auto now = placementOf(store, item);
+  if (!now || now->holder >= kWarehouse) return DeleteResult::NotInBin;
+  if (hasComponents(store, item)) return DeleteResult::HasComponents;
   execute(store.database, QStringLiteral("DELETE FROM ewkar") + inRegister(store) +
                               QStringLiteral(" And indewi = ") + str(item));
-  return true;
+  transaction.commit();
+  return DeleteResult::Deleted;
 }
 
 }  // namespace tandeko

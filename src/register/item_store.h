@@ -36,6 +36,7 @@ enum class MoveResult {
   Unchanged,       // it is there already
   WrongStructure,  // the new parent is the item itself, one of its components, or of another holder
   Gone,            // deleted meanwhile by another copy of the program
+  Elsewhere,       // moved meanwhile by another copy
 };
 
 // What a move changed: the item first, then its components.
@@ -49,8 +50,10 @@ struct MoveOutcome {
 };
 
 // Moves an item with its components to an employee. The source is where the file says the item is now,
-// so that a move made meanwhile by another copy does not part a set from its components.
-MoveOutcome PanelMoveItem(const ItemStore& store, int item, int holder, int newParent);
+// so that a move made meanwhile by another copy does not part a set from its components. `seen`: where the
+// user saw it; when the item is no longer there, nothing is moved.
+MoveOutcome PanelMoveItem(const ItemStore& store, int item, int holder, int newParent,
+                          const std::optional<Placement>& seen = std::nullopt);
 MoveOutcome PanelMoveToWarehouse(const ItemStore& store, int item, int newParent);
 MoveOutcome PanelMoveToBin(const ItemStore& store, int item, int newParent);
 
@@ -66,11 +69,17 @@ bool StructCheck(const ItemStore& store, int item, int holder, int newParent);
 QString undoMove(const ItemStore& store, const MoveRecord& record);
 
 bool hasComponents(const ItemStore& store, int item);
-// Deletes an item from the bin; false (and nothing written) when it has components.
-bool deleteFromBin(const ItemStore& store, int item);
+enum class DeleteResult {
+  Deleted,
+  HasComponents,
+  NotInBin,  // deleted or taken out of the bin meanwhile by another copy of the program
+};
+// Deletes an item from the bin, or writes nothing.
+DeleteResult deleteFromBin(const ItemStore& store, int item);
 
 // Copies an item with its components, from whichever register, to a holder and into a set (0: top level). A
-// plain list gets copies without structure. Returns the key of the copied item's copy, 0 when it is gone.
+// plain list gets copies without structure. Returns the key of the copied item's copy; 0, and nothing is
+// written, when the item is gone or the holder does not have that set.
 int PanelPaste(const ItemStore& store, int item, int holder, int newParent, bool plainList);
 
 }  // namespace tandeko

@@ -1,6 +1,5 @@
 #include "register/item_tree.h"
 
-#include <functional>
 #include <span>
 
 #include "jet/sql/engine.h"
@@ -38,32 +37,64 @@ class RowReader : public jet::sql::RowSink {
   std::vector<ItemRow> rows;
 };
 
-int parentInDatabase(jet::Database& database, int registerKey, int item) {
-  const auto row = openRows(database, QStringLiteral("SELECT parent, indewi FROM ewkar WHERE indrew = ") +
-                                          QString::number(registerKey) + QStringLiteral(" And indewi = ") +
-                                          QString::number(item));
-  return row->eof() ? 0 : keyOf(row->value(u"parent")).value_or(0);
-}
-
 using Places = std::vector<int>;
 
 // Positions of the rows in the order of a walk level by level from `top`, and the position of each one's
-// set in the result (-1 at the top).
+// set in the result (-1 at the top). A row at the top stays there, whoever's component it is.
 struct Walk {
   Places order, parents;
 };
 
-Walk walk(const std::vector<ItemRow>& rows, const Places& top, size_t barren,
+Walk walk(const std::vector<ItemRow>& rows, const Places& top,
           const std::unordered_map<int, Places>& components) {
+  std::vector<bool> reached(rows.size());
+  for (const int place : top) reached[static_cast<size_t>(place)] = true;
   Walk result{top, Places(top.size(), -1)};
   for (size_t at = 0; at < result.order.size(); ++at) {
-    if (at < top.size() && at >= top.size() - barren) continue;
     const auto found = components.find(rows[static_cast<size_t>(result.order[at])].id);
     if (found == components.end()) continue;
-    result.order.insert(result.order.end(), found->second.begin(), found->second.end());
-    result.parents.insert(result.parents.end(), found->second.size(), static_cast<int>(at));
+    for (const int place : found->second) {
+      if (reached[static_cast<size_t>(place)]) continue;
+      reached[static_cast<size_t>(place)] = true;
+      result.order.push_back(place);
+      result.parents.push_back(static_cast<int>(at));
+    }
   }
   return result;
+}
+
+// The rows, in their order, that no walk from the top reaches but by beginning with them: items whose set
+// is not among the rows, and items that are their own components over one or more steps.
+Places strays(const std::vector<ItemRow>& rows, const std::unordered_map<int, int>& placeOf) {
+  enum class State : char { New, OnTheWay, Done };
+  std::vector<State> states(rows.size(), State::New);
+  std::vector<bool> stray(rows.size());
+  std::vector<size_t> way;
+  for (size_t begin = 0; begin < rows.size(); ++begin) {
+    way.clear();
+    size_t at = begin;
+    while (states[at] == State::New) {
+      states[at] = State::OnTheWay;
+      way.push_back(at);
+      if (!rows[at].parent) break;
+      const auto set = placeOf.find(*rows[at].parent);
+      if (set == placeOf.end()) {
+        stray[at] = true;
+        break;
+      }
+      at = static_cast<size_t>(set->second);
+      if (states[at] != State::OnTheWay) continue;
+      for (size_t member = way.size(); member-- > 0;) {  // round to where the way met itself
+        stray[way[member]] = true;
+        if (way[member] == at) break;
+      }
+    }
+    for (const size_t passed : way) states[passed] = State::Done;
+  }
+  Places found;
+  for (size_t at = 0; at < rows.size(); ++at)
+    if (stray[at]) found.push_back(static_cast<int>(at));
+  return found;
 }
 
 }  // namespace
@@ -95,11 +126,10 @@ ItemTree ItemTree::load(jet::Database& database, int registerKey, int holder) {
       QString::number(registerKey) + QStringLiteral(" And indpra = ") + QString::number(holder) +
       QStringLiteral(" ORDER BY nazwa ");
   database.stream(sql.toStdU16String(), reader);
-  return build(std::move(reader.rows),
-               [&database, registerKey](int item) { return parentInDatabase(database, registerKey, item); });
+  return build(std::move(reader.rows));
 }
 
-ItemTree ItemTree::build(std::vector<ItemRow> rows, const std::function<int(int)>& parentOf) {
+ItemTree ItemTree::build(std::vector<ItemRow> rows) {
   Places top;
   std::unordered_map<int, Places> components;
   std::unordered_map<int, int> placeOf;
@@ -112,27 +142,11 @@ ItemTree ItemTree::build(std::vector<ItemRow> rows, const std::function<int(int)
       top.push_back(place);
   }
 
-  Walk found = walk(rows, top, 0, components);
+  Walk found = walk(rows, top, components);
   if (found.order.size() < rows.size()) {  // something is damaged
-    std::vector<bool> reached(rows.size());
-    for (const int place : found.order) reached[static_cast<size_t>(place)] = true;
-    std::unordered_map<int, int> parents;  // of items that are not among the rows
-    size_t pairs = 0;
-    for (size_t at = 0; at < rows.size(); ++at) {
-      if (reached[at]) continue;
-      const int set = *rows[at].parent;
-      int setsParent = 0;
-      if (const auto place = placeOf.find(set); place != placeOf.end()) {
-        setsParent = rows[static_cast<size_t>(place->second)].parent.value_or(0);
-      } else {
-        const auto known = parents.find(set);
-        setsParent = known != parents.end() ? known->second : (parents[set] = parentOf(set));
-      }
-      if (setsParent != rows[at].id) continue;
-      top.push_back(static_cast<int>(at));
-      ++pairs;
-    }
-    found = walk(rows, top, pairs, components);
+    const Places more = strays(rows, placeOf);
+    top.insert(top.end(), more.begin(), more.end());
+    found = walk(rows, top, components);
   }
 
   ItemTree tree;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QString>
-#include <functional>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -36,12 +35,12 @@ class ItemTree {
     int firstChild = 0, childCount = 0;
   };
 
-  // The items of `holder` in a register, ordered by name at every level, read by one query. Items that
-  // are each other's parent, which no walk from the top reaches, stand behind the others at the top level.
+  // The items of `holder` in a register, ordered by name at every level, read by one query. Damage hides
+  // nothing: items that are each other's parent, and components whose set is gone or with another holder,
+  // stand behind the others at the top level, where they can be moved or deleted.
   static ItemTree load(jet::Database& database, int registerKey, int holder);
-  // The same from rows that are ordered by name already. `parentOf` tells the parent of an item that is not
-  // among the rows (0: none).
-  static ItemTree build(std::vector<ItemRow> rows, const std::function<int(int)>& parentOf);
+  // The same from rows that are ordered by name already.
+  static ItemTree build(std::vector<ItemRow> rows);
 
   // The nodes; siblings stand side by side.
   const std::vector<Node>& nodes() const { return nodes_; }

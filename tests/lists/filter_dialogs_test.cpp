@@ -59,6 +59,7 @@ struct FilterDialogsTest : testing::Test, ListFixture {
 
 TEST_F(FilterDialogsTest, RefusesWhatIsIncomplete) {
   openEditor();
+  EXPECT_EQ(in<QComboBox>("cmbKolumna").count(), 6) << "what the list shows, not the query's other columns";
   click("cmdDodaj");
   Message said = messages.takeOnly();
   EXPECT_EQ(said.text, u"Wybierz kolumnę warunku filtru."_s);

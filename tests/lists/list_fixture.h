@@ -32,7 +32,7 @@ class ThingList : public KarForm {
             {QStringLiteral("Uwagi"), 5, CellFormat::General, 20, {}}};
   }
   QString columnsQuery() const override {
-    return QStringLiteral("SELECT id, thing.name, price, day, there, notes FROM thing");
+    return QStringLiteral("SELECT id, thing.name, price, day, there, notes, id * 2 FROM thing");
   }
 
   QLineEdit* txtNazwa;

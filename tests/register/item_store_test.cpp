@@ -103,6 +103,9 @@ TEST_F(ItemStoreTest, AMoveMadeMeanwhileByAnotherCopyIsFollowed) {
   jet::Workspace other;
   const auto database = other.openDatabase(toPath(path));
   ASSERT_EQ(PanelMoveItem({other, *database, 1}, desk, kAdamska, 0).result, MoveResult::Moved);
+  const Placement seen{desk, kWarehouse, 0};
+  EXPECT_EQ(PanelMoveItem(store(), desk, kNowak, 0, seen).result, MoveResult::Elsewhere);
+  EXPECT_EQ(place(lock), u"2/3"_s) << "nothing is taken from the one who was faster";
   EXPECT_EQ(PanelMoveItem(store(), desk, kNowak, 0).result, MoveResult::Moved);
   EXPECT_EQ(places(), (QStringList{u"1/0"_s, u"1/1"_s, u"1/1"_s, u"1/3"_s, u"0/0"_s, u"1/0"_s}));
 }
@@ -138,13 +141,19 @@ TEST_F(ItemStoreTest, PasteCopiesASubtreeFieldByField) {
   EXPECT_EQ(ask(u"SELECT count(*) FROM ewkar WHERE indrew = 2 And indpra = 0 And parent Is Null"_s), u"4"_s);
   EXPECT_GT(listed, copy);
   EXPECT_EQ(PanelPaste(store(), 999, kNowak, 0, false), 0);
+  EXPECT_EQ(PanelPaste(store(), lock, kNowak, chair, false), 0) << "the set is in the warehouse";
+  EXPECT_EQ(PanelPaste(store(), lock, kNowak, 999, false), 0);
+  EXPECT_EQ(ask(u"SELECT count(*) FROM ewkar WHERE indpra = 1"_s), u"5"_s);
 }
 
 TEST_F(ItemStoreTest, OnlyItemsWithoutComponentsLeaveTheBin) {
   PanelMoveToBin(store(), drawer, 0);
-  EXPECT_FALSE(deleteFromBin(store(), drawer));
-  EXPECT_TRUE(deleteFromBin(store(), lock));
-  EXPECT_TRUE(deleteFromBin(store(), drawer));
+  EXPECT_EQ(deleteFromBin(store(), drawer), DeleteResult::HasComponents);
+  EXPECT_EQ(deleteFromBin(store(), lock), DeleteResult::Deleted);
+  EXPECT_EQ(deleteFromBin(store(), drawer), DeleteResult::Deleted);
+  EXPECT_EQ(deleteFromBin(store(), drawer), DeleteResult::NotInBin);
+  EXPECT_EQ(deleteFromBin(store(), cabinet), DeleteResult::NotInBin) << "an employee's";
+  EXPECT_EQ(place(cabinet), u"1/0"_s);
   EXPECT_EQ(place(drawer), QString());
 }
 

@@ -168,6 +168,78 @@ TEST_F(PanelTest, APlainListTakesEverythingAtTheTopLevel) {
   EXPECT_EQ(place(coat), u"1/0"_s);
 }
 
+TEST_F(PanelTest, EveryOperationInAPlainList) {
+  const int coat = item(u"Fartuch"_s, kWarehouse, 0, 2), shoes = item(u"Buty"_s, kNowak, 0, 2),
+            rag = item(u"Szmata"_s, kBin, 0, 2);
+  session.setCurrentRegister(2);
+  panel->KarRefresh();
+  const auto all = [&] { return (QStringList{place(coat), place(shoes), place(rag)}).join(u' '); };
+  dragToNode(*warehouse, coat, *bin, rag);
+  EXPECT_EQ(all(), u"-1/0 1/0 -1/0"_s);
+  dragToNode(*bin, coat, *bin, rag);  // nothing to change
+  EXPECT_EQ(all(), u"-1/0 1/0 -1/0"_s);
+  QTest::keyClick(panel.get(), Qt::Key_Z, Qt::ControlModifier);
+  selectNode(*employee, shoes);
+  QTest::keyClick(employee, Qt::Key_C, Qt::ControlModifier);
+  selectNode(*warehouse, coat);
+  QTest::keyClick(warehouse, Qt::Key_V);
+  EXPECT_EQ(ask(u"SELECT count(*) FROM ewkar WHERE indrew = 2 And indpra = 0 And parent Is Null"_s), u"2"_s);
+  messages.answers = {Answer::Yes, Answer::Yes};
+  selectNode(*employee, shoes);
+  QTest::keyClick(employee, Qt::Key_Delete);
+  selectNode(*bin, rag);
+  QTest::keyClick(bin, Qt::Key_Delete);
+  EXPECT_EQ(all(), u"0/0 -1/0 "_s);
+  EXPECT_EQ(places(), kStart) << "the other register";
+  EXPECT_TRUE(failures.failures.empty());
+}
+
+TEST_F(PanelTest, DamagedItemsAreShownAndCanBePutRight) {
+  const int first = item(u"Para 1"_s, kWarehouse), second = item(u"Para 2"_s, kWarehouse, first),
+            orphan = item(u"Sierota"_s, kWarehouse, 999), child = item(u"Wnuk"_s, kWarehouse, orphan);
+  sql(u"UPDATE ewkar SET parent = %1 WHERE indewi = %2"_s.arg(second).arg(first));
+  panel->KarRefresh();
+  warehouse->expandAll();
+  EXPECT_EQ(texts(*warehouse), u"Biurko Krzesło Para 1 Para 2 Sierota Lampka Wnuk"_s);
+  dragToFree(*warehouse, first, *warehouse);  // to the top level: the circle is cut
+  EXPECT_EQ(place(first) + u' ' + place(second), u"0/0 0/%1"_s.arg(first));
+  dragToFree(*warehouse, orphan, *employee);
+  EXPECT_EQ(place(orphan) + u' ' + place(child), u"1/0 1/%1"_s.arg(orphan));
+  EXPECT_TRUE(messages.shown.empty());
+}
+
+TEST_F(PanelTest, WhoComesSecondIsTold) {
+  jet::Workspace other;
+  const auto database = other.openDatabase(toPath(path));
+  const auto meanwhile = [&](const QString& statement) { execute(*database, statement); };
+  const auto told = [this] { return messages.takeOnly().text; };
+  meanwhile(u"UPDATE ewkar SET indpra = 2 WHERE indewi In (%1, %2)"_s.arg(desk).arg(lamp));
+  dragToFree(*warehouse, desk, *employee);
+  EXPECT_EQ(told(),
+            u"Przedmiot „Biurko” został w międzyczasie przeniesiony przez innego użytkownika: Adamska Ewa. "
+            u"Panel pokazuje teraz aktualny stan."_s);
+  EXPECT_EQ(places(), u"2/0 2/1 0/0 1/0 -1/0"_s);
+  EXPECT_EQ(texts(*warehouse), u"Krzesło"_s);
+
+  meanwhile(u"UPDATE ewkar SET indpra = 1 WHERE indewi = "_s + str(scrap));
+  selectNode(*bin, scrap);
+  messages.answers = {Answer::Yes};
+  QTest::keyClick(bin, Qt::Key_Delete);
+  EXPECT_TRUE(messages.shown.back().text.contains(u"przeniesiony przez innego użytkownika: Nowak Jan"_s));
+  EXPECT_EQ(place(scrap), u"1/0"_s) << "what is no longer in the bin is not deleted";
+  messages.shown.clear();
+
+  selectNode(*warehouse, chair);
+  panel->run(Command::SprzKopiuj);
+  meanwhile(u"DELETE FROM ewkar WHERE indewi = "_s + str(chair));
+  dragToFree(*warehouse, chair, *bin);
+  EXPECT_TRUE(told().contains(u"„Krzesło” został w międzyczasie usunięty"_s));
+  selectNode(*employee, cabinet);
+  panel->run(Command::SprzWklej);
+  EXPECT_TRUE(told().startsWith(u"Nie można wkleić przedmiotu „Krzesło"_s));
+  EXPECT_TRUE(failures.failures.empty());
+}
+
 TEST_F(PanelTest, WithoutEmployeesNothingCanBeDropped) {
   sql(u"DELETE FROM swpra"_s);
   panel->KarRefresh();
@@ -279,6 +351,46 @@ TEST_F(PanelTest, MenusAndPanes) {
   open();
   EXPECT_TRUE(panel->isOn(Command::PanelKosz));
   EXPECT_TRUE(panel->isOn(Command::PraWidokDuze));
+}
+
+TEST_F(PanelTest, PanesChangePlacesByTheirCaptions) {
+  const auto pane = [this](const char16_t* name) {
+    return panel->findChild<Pane*>(QString::fromUtf16(name));
+  };
+  const auto left = [&](const char16_t* name) { return pane(name)->mapTo(panel.get(), QPoint()).x(); };
+  const auto dragCaption = [](Pane* from, Pane* to, bool giveUp) {
+    QWidget* caption = from->findChild<QLabel*>()->parentWidget();
+    const QPoint end = caption->mapFromGlobal(to->mapToGlobal(to->rect().center()));
+    QTest::mousePress(caption, Qt::LeftButton, {}, QPoint(3, 3));
+    QTest::mouseMove(caption, QPoint(3, 3) + (end - QPoint(3, 3)) / 2);
+    QTest::mouseMove(caption, end);
+    if (giveUp) QTest::keyClick(from, Qt::Key_Escape);
+    QTest::mouseRelease(caption, Qt::LeftButton, {}, end);
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+  };
+  auto* container = panel->findChild<PaneContainer*>(u"CoolOkno"_s);
+  dragCaption(pane(u"pbxKosz"), pane(u"pbxPracownik"), true);
+  EXPECT_EQ(container->order(), u"1"_s);
+  const QList<int> sizes = container->sizes();
+  dragCaption(pane(u"pbxKosz"), pane(u"pbxPracownik"), false);
+  EXPECT_EQ(container->order(), u"4,2,3,1"_s);
+  EXPECT_EQ(container->sizes(), sizes) << "the places keep their sizes";
+  QTest::qWait(10);
+  EXPECT_LT(left(u"pbxKosz"), left(u"pbxSprzet"));
+  EXPECT_EQ(left(u"pbxPracownik"), left(u"pbxMagazyn"));
+  panel->run(Command::PanelKosz);
+  panel->KarSaveParam(true);
+  open();
+  container = panel->findChild<PaneContainer*>(u"CoolOkno"_s);
+  EXPECT_EQ(container->order(), u"4,2,3,1"_s);
+  EXPECT_FALSE(bin->isVisible());
+  EXPECT_TRUE(people->isVisible());
+  panel->run(Command::PanelKosz);
+  EXPECT_TRUE(bin->isVisible());
+  for (const char16_t* text : {u"9,,x,2,2", u"", u"0"}) {
+    container->setOrder(QString::fromUtf16(text));
+    EXPECT_TRUE(people->isVisible() && employee->isVisible() && warehouse->isVisible());
+  }
 }
 
 TEST_F(PanelTest, ARefreshKeepsWhatIsOpenAndSelected) {

@@ -15,13 +15,14 @@ namespace {
 
 // The keys that belong to the tree even where the main window has a shortcut of the same key.
 bool isOwnKey(const QKeyEvent& key) {
-  const bool plainOrControl = (key.modifiers() & ~(Qt::ControlModifier | Qt::KeypadModifier)) == 0;
+  // With Alt they are the menus'.
+  const bool ours = (key.modifiers() & (Qt::AltModifier | Qt::MetaModifier)) == 0;
   switch (key.key()) {
     case Qt::Key_Insert:
     case Qt::Key_Delete:
     case Qt::Key_C:
     case Qt::Key_V:
-      return plainOrControl;
+      return ours;
     case Qt::Key_X:
     case Qt::Key_Return:
     case Qt::Key_Enter:

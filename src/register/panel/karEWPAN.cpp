@@ -64,16 +64,9 @@ void karEWPAN::build() {
   pbxMagazyn_ = makePane(u"pbxMagazyn", u"labMagazyn", u"Magazyn", treeMagazyn_);
   pbxKosz_ = makePane(u"pbxKosz", u"labKosz", u"Kosz", treeKosz_);
 
-  coolOkno_ = new QSplitter(Qt::Horizontal, this);
+  coolOkno_ = new PaneContainer(this);
   coolOkno_->setObjectName(QStringLiteral("CoolOkno"));
-  coolOkno_->setChildrenCollapsible(false);
-  stack_ = new QSplitter(Qt::Vertical, coolOkno_);
-  stack_->setChildrenCollapsible(false);
-  coolOkno_->addWidget(pbxPracownik_);
-  coolOkno_->addWidget(pbxSprzet_);
-  coolOkno_->addWidget(stack_);
-  stack_->addWidget(pbxMagazyn_);
-  stack_->addWidget(pbxKosz_);
+  coolOkno_->setPanes({pbxPracownik_, pbxSprzet_, pbxMagazyn_, pbxKosz_});
   auto* whole = new QVBoxLayout(this);
   whole->setContentsMargins(4, 2, 4, 4);
   whole->addWidget(coolOkno_);
@@ -164,9 +157,8 @@ void karEWPAN::readLayout() {
     if (width > 0) header.resizeSection(column, width);
     if (place >= 0) header.moveSection(header.visualIndex(column), place);
   }
-  coolOkno_->setSizes(layout.paneSizes.size() == coolOkno_->count() ? layout.paneSizes
-                                                                    : QList<int>{260, 400, 400});
-  stack_->setSizes(layout.stackSizes.size() == stack_->count() ? layout.stackSizes : QList<int>{400, 200});
+  coolOkno_->setOrder(layout.order);
+  coolOkno_->setPaneSizes(layout.paneSizes, layout.stackSizes);
 }
 
 void karEWPAN::KarSaveParam(bool save) {
@@ -183,15 +175,15 @@ void karEWPAN::KarSaveParam(bool save) {
   const QHeaderView& header = *lstPracownik_->details().header();
   for (int column = 0; column < header.count(); ++column)
     layout.columns.columns.append({header.sectionSize(column), header.visualIndex(column)});
+  layout.order = coolOkno_->order();
   layout.paneSizes = coolOkno_->sizes();
-  layout.stackSizes = stack_->sizes();
+  layout.stackSizes = coolOkno_->stackSizes();
   layout.store(session_.registry(), layoutQualifier());
 }
 
 void karEWPAN::setPaneShown(Command command, bool shown) {
   Pane* pane = command == Command::PanelMagazyn ? pbxMagazyn_ : pbxKosz_;
-  pane->setVisible(shown);
-  stack_->setVisible(!pbxMagazyn_->isHidden() || !pbxKosz_->isHidden());
+  coolOkno_->setPaneShown(*pane, shown);
   if (!shown && last_ == pane->control()) last_ = treeSprzet_;
 }
 

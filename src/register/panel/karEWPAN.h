@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QSplitter>
 #include <array>
 #include <vector>
 
@@ -10,7 +9,7 @@
 #include "register/panel/employee_list.h"
 #include "register/panel/item_drag.h"
 #include "register/panel/item_tree_view.h"
-#include "register/panel/pane.h"
+#include "register/panel/pane_container.h"
 #include "session/session.h"
 
 namespace tandeko {
@@ -71,6 +70,8 @@ class karEWPAN : public ChildForm {
   // Moves an item, tells about a refusal, refills the trees that show it.
   void moveItem(ItemTreeView& source, int item, int holder, int newParent);
   void moved(const MoveRecord& record, const QString& itemText);
+  // Another copy of the program was faster.
+  void tellChanged(int item, const QString& name);
   void refillAfterMove(int from, int to, int item);
   void refreshLists();
   void openItemForm(const ItemFormRequest& request);
@@ -90,8 +91,7 @@ class karEWPAN : public ChildForm {
 
   Session& session_;
   CurrentRegister register_;
-  QSplitter* coolOkno_ = nullptr;
-  QSplitter* stack_ = nullptr;  // warehouse above bin
+  PaneContainer* coolOkno_ = nullptr;
   EmployeeList* lstPracownik_ = nullptr;
   ItemTreeView* treeSprzet_ = nullptr;
   ItemTreeView* treeMagazyn_ = nullptr;

@@ -4,6 +4,7 @@
 #include "people/dokSWPRA.h"
 #include "people/employee_store.h"
 #include "platform/statements.h"
+#include "platform/text.h"
 #include "register/dokEWKAR.h"
 #include "register/frmPodziel.h"
 #include "register/panel/karEWPAN.h"
@@ -125,9 +126,12 @@ void karEWPAN::drop(ItemTreeView& source, int item, const ItemDrag::Target& targ
 
 void karEWPAN::moveItem(ItemTreeView& source, int item, int holder, int newParent) {
   guarded(session_, "PanelMoveItem", [&] {
-    const QString name = itemName(store(), item);
     const int from = holderOf(source).value_or(holder);
-    const MoveOutcome outcome = tandeko::PanelMoveItem(store(), item, holder, newParent);
+    const ItemRow* row = source.items().rowAt(source.items().indexOf(item));
+    const QString name = row ? toQString(row->name) : itemName(store(), item);
+    std::optional<Placement> seen;
+    if (row) seen = Placement{item, from, row->parent.value_or(0)};
+    const MoveOutcome outcome = tandeko::PanelMoveItem(store(), item, holder, newParent, seen);
     switch (outcome.result) {
       case MoveResult::WrongStructure:
         session_.messages().refuse(
@@ -136,11 +140,23 @@ void karEWPAN::moveItem(ItemTreeView& source, int item, int holder, int newParen
       case MoveResult::Moved:
         refillAfterMove(from, holder, item);
         return moved(outcome.record, name);
+      case MoveResult::Unchanged:
+        return;
       case MoveResult::Gone:
-      case MoveResult::Unchanged:  // what the trees show may be older than the file
-        return refillAfterMove(from, holder, item);
+      case MoveResult::Elsewhere:
+        refill();
+        return tellChanged(item, name);
     }
   });
+}
+
+void karEWPAN::tellChanged(int item, const QString& name) {
+  const auto now = placementOf(store(), item);
+  session_.messages().refuse(
+      QStringLiteral("Przedmiot ") + inQuotes(name) + QStringLiteral(" został w międzyczasie ") +
+      (now ? QStringLiteral("przeniesiony przez innego użytkownika: ") + holderName(now->holder)
+           : QStringLiteral("usunięty przez innego użytkownika")) +
+      QStringLiteral(". Panel pokazuje teraz aktualny stan."));
 }
 
 void karEWPAN::refillAfterMove(int from, int to, int item) {
@@ -246,10 +262,17 @@ void karEWPAN::PanelDeleteItem() {
     return;
   }
   guarded(session_, "PanelDeleteItem", [&] {
-    if (!deleteFromBin(store(), item)) {
-      session_.messages().refuse(
-          QStringLiteral("Próba utworzenia błędnej struktury. Element nie zostanie usunięty."));
-      return;
+    const QString name = itemName(store(), item);
+    switch (deleteFromBin(store(), item)) {
+      case DeleteResult::HasComponents:
+        session_.messages().refuse(
+            QStringLiteral("Próba utworzenia błędnej struktury. Element nie zostanie usunięty."));
+        return;
+      case DeleteResult::NotInBin:
+        refill();
+        return tellChanged(item, name.isEmpty() ? text : name);
+      case DeleteResult::Deleted:
+        break;
     }
     PanelFillTree(*treeKosz_, kBin);
     session_.setStatusText(QStringLiteral("Usunięto: ") + text);
@@ -289,7 +312,13 @@ void karEWPAN::PanelPaste() {
   guarded(session_, "PanelPaste", [&] {
     const int copy = tandeko::PanelPaste(store(), copied_.item, *holder, parent, register_.isList());
     PanelFillTree(target, *holder, copy);
-    if (copy > 0) session_.setStatusText(QStringLiteral("Wklejono: ") + copied_.text);
+    if (copy < 1) {
+      session_.messages().refuse(QStringLiteral("Nie można wkleić przedmiotu ") + inQuotes(copied_.text) +
+                                 QStringLiteral(", ponieważ on sam lub wskazane miejsce zostało w "
+                                                "międzyczasie usunięte albo przeniesione."));
+      return;
+    }
+    session_.setStatusText(QStringLiteral("Wklejono: ") + copied_.text);
     refreshLists();
   });
 }

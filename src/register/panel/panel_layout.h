@@ -12,7 +12,7 @@ struct PanelLayout {
   int employeeView = 0;  // 0 large icons, 1 small icons, 2 list, 3 details
   bool warehouseShown = true;
   bool binShown = true;
-  QString order = QStringLiteral("1");  // the panes from left to right by number; "1" the standard
+  QString order = QStringLiteral("1");  // of the panes; "1" the standard
   ColumnLayout columns;                 // of the details view
   QList<int> paneSizes;                 // of the columns of panes, pixels; empty: standard
   QList<int> stackSizes;                // of warehouse and bin, pixels; empty: standard
