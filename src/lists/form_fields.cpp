@@ -30,6 +30,11 @@ void fillCombo(QComboBox& combo, jet::Database& database, const QString& sql, bo
 
 QVariant comboKey(const QComboBox& combo) { return combo.currentData(); }
 
+std::optional<int> chosenKey(const QComboBox& combo) {
+  const QVariant key = comboKey(combo);
+  return key.isValid() ? std::optional(key.toInt()) : std::nullopt;
+}
+
 int comboNumber(const QComboBox& combo) { return comboKey(combo).toInt(); }
 
 bool setComboKey(QComboBox& combo, const QVariant& key) {

@@ -15,6 +15,7 @@ namespace tandeko {
 void fillCombo(QComboBox& combo, jet::Database& database, const QString& sql, bool empty = false);
 // The chosen key: a number, a text, or an invalid variant for none.
 QVariant comboKey(const QComboBox& combo);
+std::optional<int> chosenKey(const QComboBox& combo);
 // 0 for none.
 int comboNumber(const QComboBox& combo);
 // False, and nothing chosen, when there is no such entry.

@@ -169,12 +169,13 @@ void KarForm::readLayout() {
   const QList<SortKey> keys = sortKeys(sort_);
   if (keys.isEmpty() || !std::all_of(keys.begin(), keys.end(), known)) sort_ = standardSort_;
   model_->setSort(sortKeys(sort_));
+  readBands();
 }
 
 void KarForm::KarSaveParam(bool save) {
-  storeLayout(save);
+  if (save) session_.registry().createKey(layoutGroup());
+  storeBands(save);
   if (save) {
-    session_.registry().createKey(layoutGroup());
     session_.registry().write(layoutGroup(), kSort, sort_);
     grid_->columnLayout().store(session_.registry(), formName(), qualifier());
     return;

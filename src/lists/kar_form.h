@@ -6,6 +6,7 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
+#include "lists/band_container.h"
 #include "lists/list_grid.h"
 #include "session/session.h"
 
@@ -97,7 +98,6 @@ class KarForm : public ChildForm {
   virtual void reloadChoices() {}
   // After new rows are shown.
   virtual void rowsChanged() {}
-  virtual void storeLayout(bool /*save*/) {}
   virtual bool mayChange() const;
   virtual void newRecord() {}
   virtual void editRecord() {}
@@ -120,6 +120,20 @@ class KarForm : public ChildForm {
   // the rows. A combo counts when its choice changes, except while `Loading` lives.
   void addQuickText(QLineEdit* field);
   void addQuickCombo(QComboBox* combo);
+
+  // The bands above the grid, with the names of their parts; the order and the widths that the user gave them
+  // belong to the layout.
+  struct QuickBand {
+    const char16_t *band, *label, *caption, *field;
+    int width;  // in characters
+  };
+  void makeBands(const QString& name);
+  QLineEdit* addTextBand(const QuickBand& band);
+  // One that is searched by typing; `placeholder` is shown while nothing is chosen.
+  QComboBox* addComboBand(const QuickBand& band, const QString& placeholder);
+  // "Nowy", "Popraw", "Usuń", "Wybierz", "Zamknij"; the first three follow supports().
+  void addButtonBand();
+
   // To be called by the constructor of the form when all is built.
   void open();
   bool query();
@@ -133,7 +147,10 @@ class KarForm : public ChildForm {
 
  private:
   void buildDescriptionBar();
+  void addBand(const QuickBand& band, QWidget* field);
   void readLayout();
+  void readBands();
+  void storeBands(bool save);
   void showDescription();
   void sortBy(int column, bool add);
   QString qualifier() const;
@@ -142,6 +159,7 @@ class KarForm : public ChildForm {
   QueryModel* model_;
   ListGrid* grid_;
   QVBoxLayout* page_;
+  BandContainer* bands_ = nullptr;  // null in a list without bands
   QFrame* pboxOpis_ = nullptr;
   QLabel* labOpis_ = nullptr;
   QToolButton* cmdBezFiltru_ = nullptr;

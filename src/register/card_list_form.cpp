@@ -18,9 +18,6 @@ namespace tandeko {
 namespace {
 
 const QString kRegisterTable = QStringLiteral("swrew");
-const QString kOrder = QStringLiteral("Order ");
-const QString kBandWidths = QStringLiteral("Order Width");
-const QString kStandardOrder = QStringLiteral("1");
 const QString kCommunique = QStringLiteral("Komunikat");
 
 }  // namespace
@@ -35,65 +32,20 @@ karEWKAR::karEWKAR(Session& session)
   buildBands();
   open();
   buildSums();
-  const auto& registry = this->session().registry();
-  coolWPKAR_->setOrder(registry.read(layoutGroup(), kOrder, kStandardOrder));
-  coolWPKAR_->setWidths(registry.read(layoutGroup(), kBandWidths));
   connect(&this->session(), &Session::registerChanged, this, &karEWKAR::requery);
   connect(&this->session(), &Session::databaseChanged, this, [this] { KarRefresh(); });
-  connect(this, &ChildForm::commandsChanged, this, &karEWKAR::enableButtons);
-  enableButtons();
 }
 
 void karEWKAR::buildBands() {
-  coolWPKAR_ = new BandContainer(this);
-  coolWPKAR_->setObjectName(QStringLiteral("coolWPKAR"));
-  const auto addBand = [this](const char16_t* band, const char16_t* label, const char16_t* caption,
-                              QWidget* field, const char16_t* name, int width) {
-    field->setObjectName(QString::fromUtf16(name));
-    auto* made = new Band(QString::fromUtf16(band), width);
-    made->setField(QString::fromUtf16(label), QString::fromUtf16(caption), field);
-    coolWPKAR_->addBand(made);
-  };
-  for (QLineEdit** field : {&txtNazwa_, &txtNumewi_, &txtNumser_}) {
-    *field = new QLineEdit(this);
-    addQuickText(*field);
-  }
-  for (QComboBox** combo : {&cmbGrupa_, &cmbPracownik_}) {
-    *combo = new QComboBox(this);
-    makeSearchable(**combo);
-    (*combo)->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    (*combo)->setMinimumContentsLength(8);
-    (*combo)->lineEdit()->setPlaceholderText(QStringLiteral("(wszystkie)"));
-    addQuickCombo(*combo);
-  }
-  cmbPracownik_->lineEdit()->setPlaceholderText(QStringLiteral("(wszyscy)"));
-  addBand(u"pboxNazwa", u"labNazwa", u"Nazwa przedmiotu", txtNazwa_, u"txtNazwa", 46);
-  addBand(u"pboxNumewi", u"labNumer", u"Nr ewidencyjny", txtNumewi_, u"txtNumewi", 34);
-  addBand(u"pboxNumser", u"labKOntrah", u"Nr seryjny", txtNumser_, u"txtNumser", 30);
-  addBand(u"pboxGrupa", u"labGrupa", u"Grupa", cmbGrupa_, u"cmbGrupa", 38);
-  addBand(u"pboxPracownik", u"labIndjed", u"Użytkownik", cmbPracownik_, u"cmbPracownik", 42);
-  buildButtons();
-  page().addWidget(coolWPKAR_);
-}
-
-void karEWKAR::buildButtons() {
-  auto* row = new QHBoxLayout;
-  const auto add = [this, row](const char16_t* name, const char16_t* caption, auto clicked) {
-    auto* button = new QPushButton(QString::fromUtf16(caption), this);
-    button->setObjectName(QString::fromUtf16(name));
-    button->setAutoDefault(false);
-    connect(button, &QPushButton::clicked, this, clicked);
-    row->addWidget(button);
-    return button;
-  };
-  cmdNowy_ = add(u"cmdNowy", u"&Nowy", [this] { run(Command::Nowy); });
-  cmdPopraw_ = add(u"cmdPopraw", u"&Popraw", [this] { run(Command::Popraw); });
-  cmdUsun_ = add(u"cmdUsun", u"&Usuń", [this] { run(Command::Usun); });
-  add(u"cmdWybierz", u"Wybierz", [this] { KarRefresh(); });
-  add(u"cmdZamknij", u"Z&amknij", [this] { closeWindow(); });
-  auto* band = new Band(QStringLiteral("pboxButtons"), 0);
-  band->setContent(row);
-  coolWPKAR_->addBand(band);
+  makeBands(QStringLiteral("coolWPKAR"));
+  txtNazwa_ = addTextBand({u"pboxNazwa", u"labNazwa", u"Nazwa przedmiotu", u"txtNazwa", 46});
+  txtNumewi_ = addTextBand({u"pboxNumewi", u"labNumer", u"Nr ewidencyjny", u"txtNumewi", 34});
+  txtNumser_ = addTextBand({u"pboxNumser", u"labKOntrah", u"Nr seryjny", u"txtNumser", 30});
+  cmbGrupa_ =
+      addComboBand({u"pboxGrupa", u"labGrupa", u"Grupa", u"cmbGrupa", 38}, QStringLiteral("(wszystkie)"));
+  cmbPracownik_ = addComboBand({u"pboxPracownik", u"labIndjed", u"Użytkownik", u"cmbPracownik", 42},
+                               QStringLiteral("(wszyscy)"));
+  addButtonBand();
 }
 
 void karEWKAR::buildSums() {
@@ -155,17 +107,13 @@ bool karEWKAR::isOn(Command command) const {
 }
 
 Conditions karEWKAR::quickConditions() const {
-  const auto chosen = [](const QComboBox& combo) {
-    const QVariant key = comboKey(combo);
-    return key.isValid() ? std::optional(key.toInt()) : std::nullopt;
-  };
   const auto shown = [](const QComboBox& combo) { return combo.itemText(combo.currentIndex()); };
   QuickFilter quick;
   quick.allRegisters = allRegisters_;
   quick.registerKey = session().currentRegister();
-  quick.group = chosen(*cmbGrupa_);
+  quick.group = chosenKey(*cmbGrupa_);
   quick.groupName = shown(*cmbGrupa_);
-  quick.holder = chosen(*cmbPracownik_);
+  quick.holder = chosenKey(*cmbPracownik_);
   quick.holderName = shown(*cmbPracownik_);
   quick.name = txtNazwa_->text();
   quick.number = txtNumewi_->text();
@@ -209,20 +157,6 @@ void karEWKAR::showSums() {
   const QueryModel& rows = DataSource();
   const double values[] = {rows.sum(kQuantityField), static_cast<double>(rows.rows()), rows.sum(kWorthField)};
   for (int column = 0; column < 3; ++column) gridSuma_->item(0, column)->setText(sumText(values[column]));
-}
-
-void karEWKAR::storeLayout(bool save) {
-  auto& registry = session().registry();
-  if (save) {
-    registry.createKey(layoutGroup());
-    registry.write(layoutGroup(), kOrder, coolWPKAR_->order());
-    registry.write(layoutGroup(), kBandWidths, coolWPKAR_->widths());
-    return;
-  }
-  registry.removeValue(layoutGroup(), kOrder);
-  registry.removeValue(layoutGroup(), kBandWidths);
-  coolWPKAR_->setOrder(kStandardOrder);
-  coolWPKAR_->setWidths({});
 }
 
 bool karEWKAR::mayChange() const {
@@ -290,12 +224,6 @@ void karEWKAR::deleteRecords() {
     session().KarRefresh(QStringLiteral("karEWPAN"));
   });
   KarRefresh();
-}
-
-void karEWKAR::enableButtons() {
-  cmdNowy_->setEnabled(supports(Command::Nowy));
-  cmdPopraw_->setEnabled(supports(Command::Popraw));
-  cmdUsun_->setEnabled(supports(Command::Usun));
 }
 
 }  // namespace tandeko

@@ -1,10 +1,8 @@
 #pragma once
 
 #include <QComboBox>
-#include <QPushButton>
 #include <QTableWidget>
 
-#include "lists/band_container.h"
 #include "register/card_list.h"
 
 namespace tandeko {
@@ -30,7 +28,6 @@ class karEWKAR : public KarForm {
   void clearQuickFilters() override;
   void reloadChoices() override;
   void rowsChanged() override;
-  void storeLayout(bool save) override;
   bool mayChange() const override;
   void newRecord() override;
   void editRecord() override;
@@ -38,17 +35,13 @@ class karEWKAR : public KarForm {
 
  private:
   void buildBands();
-  void buildButtons();
   void buildSums();
   void showSums();
   void openItem(int item);
   bool mayDelete(const QList<int>& items);
-  void enableButtons();
 
-  BandContainer* coolWPKAR_ = nullptr;
   QLineEdit *txtNazwa_ = nullptr, *txtNumewi_ = nullptr, *txtNumser_ = nullptr;
   QComboBox *cmbGrupa_ = nullptr, *cmbPracownik_ = nullptr;
-  QPushButton *cmdNowy_ = nullptr, *cmdPopraw_ = nullptr, *cmdUsun_ = nullptr;
   QWidget* pboxSuma_ = nullptr;
   QTableWidget* gridSuma_ = nullptr;
   bool allRegisters_ = false;
