@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "people/dictionary_forms.h"
+#include "people/karSWPRA.h"
 #include "register/card_list_form.h"
 #include "register/dlgParRejEwi.h"
 #include "register/panel/karEWPAN.h"
@@ -20,6 +21,7 @@ const QMap<QString, Maker>& makers() {
     QMap<QString, Maker> made;
     made[QStringLiteral("karEWPAN")] = [](Session& session) { return new karEWPAN(session); };
     made[QStringLiteral("karEWKAR")] = [](Session& session) { return new karEWKAR(session); };
+    made[QStringLiteral("karSWPRA")] = [](Session& session) { return new karSWPRA(session); };
     made[QStringLiteral("dlgParRejEwi")] = [](Session& session) -> ChildForm* {
       return requireRegister(session) ? new dlgParRejEwi(session) : nullptr;
     };

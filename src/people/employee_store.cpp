@@ -20,4 +20,9 @@ int64_t deleteEmployee(jet::Workspace& workspace, jet::Database& database, int e
   return returned;
 }
 
+QString employeeDeletedNote(const QString& name, int64_t returned) {
+  const QString items = QStringLiteral(", przedmioty przeniesione do magazynu: ") + QString::number(returned);
+  return QStringLiteral("Usunięto pracownika: ") + name + (returned > 0 ? items : QString());
+}
+
 }  // namespace tandeko

@@ -19,5 +19,7 @@ QString employeeDeleteQuestion(const QString& name);
 // Deletes an employee; the items of employees who no longer exist go to the warehouse, sets staying together.
 // Returns the number of items that did.
 int64_t deleteEmployee(jet::Workspace& workspace, jet::Database& database, int employee);
+// What the status bar says then.
+QString employeeDeletedNote(const QString& name, int64_t returned);
 
 }  // namespace tandeko

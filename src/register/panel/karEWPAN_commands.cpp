@@ -332,10 +332,7 @@ void karEWPAN::PanelDeleteEmployee() {
     const int64_t returned = deleteEmployee(session_.workspace(), session_.database(), employee);
     PanelFillEmployees();
     PanelFillTree(*treeMagazyn_, kWarehouse);
-    session_.setStatusText(
-        QStringLiteral("Usunięto pracownika: ") + name +
-        (returned > 0 ? QStringLiteral(", przedmioty przeniesione do magazynu: ") + QString::number(returned)
-                      : QString()));
+    session_.setStatusText(employeeDeletedNote(name, returned));
     refreshLists();
     session_.KarRefresh(QStringLiteral("karSWPRA"));
   });
