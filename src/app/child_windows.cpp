@@ -2,6 +2,7 @@
 
 #include <QMdiSubWindow>
 #include <QPointer>
+#include <algorithm>
 
 namespace tandeko {
 
@@ -23,10 +24,25 @@ void ChildWindows::showForm(ChildForm* form) {
   // Lists fill the area, as the users work with one big window most of the time.
   const QMdiSubWindow* before = currentSubWindow();
   const bool alone = subWindowList().size() == 1 || (before && before->isMaximized());
-  if (alone && form->formName().startsWith(u"kar"))
-    window->showMaximized();
-  else
-    window->show();
+  if (alone && form->formName().startsWith(u"kar")) return window->showMaximized();
+  window->show();
+  place(*window);
+}
+
+// In the middle, a title bar further than a window that is there already.
+void ChildWindows::place(QMdiSubWindow& window) {
+  const QRect area = viewport()->rect();
+  window.resize(window.size().boundedTo(area.size()));
+  QPoint at = area.center() - window.rect().center();
+  const int step = window.fontMetrics().height() * 2;
+  const auto taken = [this, &window, &at](const QMdiSubWindow* other) {
+    return other != &window && other->isVisible() && !other->isMaximized() &&
+           (other->pos() - at).manhattanLength() < 8;
+  };
+  const QList<QMdiSubWindow*> windows = subWindowList();
+  while (std::any_of(windows.begin(), windows.end(), taken)) at += QPoint(step, step);
+  const QSize room = area.size() - window.size();
+  window.move(std::clamp(at.x(), 0, room.width()), std::clamp(at.y(), 0, room.height()));
 }
 
 bool ChildWindows::activateForm(const QString& formName) {

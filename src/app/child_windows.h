@@ -29,6 +29,7 @@ class ChildWindows : public QMdiArea {
 
  private:
   QList<QMdiSubWindow*> openWindows() const;
+  void place(QMdiSubWindow& window);
   void arrange(int columns, int rows);
 };
 

@@ -193,7 +193,11 @@ bool mdiMenu::enabledNow(const MenuLine& line, const QString& menuName) const {
   return false;
 }
 
-void mdiMenu::activeFormChanged() { updateCommands(); }
+void mdiMenu::activeFormChanged() {
+  // Rights depend on the active form, so that its buttons may be those of the one before.
+  if (ChildForm* form = activeForm()) Q_EMIT form->commandsChanged();
+  updateCommands();
+}
 
 void mdiMenu::updateEditMenu() {
   const TextFieldState state = focusedTextField();
