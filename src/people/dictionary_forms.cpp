@@ -241,7 +241,9 @@ bool DictionaryForm::settleChanges() {
 }
 
 void DictionaryForm::newEntry() {
+  const bool changes = edited_;
   if (!settleChanges()) return;
+  if (changes) guarded(session_, "DictionaryForm.cmdNowy", [this] { fillList(shown_); });
   fraWlas_->setTitle(kNewEntry);
   markInList({});
   for (QLineEdit* field : {txtKey_, txtNazwa_, txtMail_})

@@ -53,12 +53,18 @@ dokSWPRA::dokSWPRA(Session& session, int employee, const QString& karParent)
       ui_(std::make_unique<Ui::dokSWPRA>()) {
   setWindowIcon(icon("person"));
   ui_->setupUi(this);
-  ui_->cmbGrupa->setMinimumWidth(fontMetrics().averageCharWidth() * 30);
+  const int character = fontMetrics().averageCharWidth();
+  ui_->txtEmail->setMinimumWidth(character * 50);
+  ui_->txtIndpra->setMaximumWidth(character * 12);
+  for (QComboBox* combo : {ui_->cmbGrupa, ui_->cmbKomorka})
+    combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
   fillCombos();
   showEmployee();
   watch(ui_->cmdZapisz, ui_->cmdAnuluj);
   connect(ui_->cmdWyslij, &QPushButton::clicked, this, [this] {
-    session_.shell().openAddress(QStringLiteral("mailto:") + ui_->txtEmail->text().trimmed());
+    const QString address = QStringLiteral("mailto:") + ui_->txtEmail->text().trimmed();
+    if (session_.shell().openAddress(address) != ShellResult::Done)
+      session_.messages().refuse(QStringLiteral("Nie można uruchomić programu poczty elektronicznej."));
   });
   const auto enableMail = [this] { ui_->cmdWyslij->setEnabled(!ui_->txtEmail->text().trimmed().isEmpty()); };
   connect(ui_->txtEmail, &QLineEdit::textChanged, this, enableMail);
@@ -121,19 +127,24 @@ void dokSWPRA::showCaption() {
 }
 
 bool dokSWPRA::mayStore() {
+  const auto goTo = [this](QWidget* field) {
+    ui_->tabDane->setCurrentWidget(ui_->tabPracownik);
+    field->setFocus();
+  };
   if (ui_->txtNazwisko->text().trimmed().isEmpty()) {
     session_.messages().inform(QStringLiteral("Wprowadź nazwisko pracownika i spróbuj ponownie."));
-    ui_->tabDane->setCurrentIndex(0);
-    ui_->txtNazwisko->setFocus();
+    goTo(ui_->txtNazwisko);
     return false;
   }
   if (comboNumber(*ui_->cmbKomorka) < 1) {
+    goTo(ui_->cmbKomorka);
     if (session_.messages().ask(
             QStringLiteral("Wymagane jest wprowadzenie działu firmy. Chcesz zdefiniować działy teraz?")))
       openDictionary(session_, QStringLiteral("sloSWKOM"));
     return false;
   }
   if (comboNumber(*ui_->cmbGrupa) < 1) {
+    goTo(ui_->cmbGrupa);
     if (session_.messages().ask(
             QStringLiteral("Wymagane jest wprowadzenie grupy pracowników. Chcesz zdefiniować grupy teraz?")))
       openDictionary(session_, QStringLiteral("sloSWGPC"));
