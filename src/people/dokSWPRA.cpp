@@ -54,7 +54,7 @@ dokSWPRA::dokSWPRA(Session& session, int employee, const QString& karParent)
   setWindowIcon(icon("person"));
   ui_->setupUi(this);
   const int character = fontMetrics().averageCharWidth();
-  ui_->txtEmail->setMinimumWidth(character * 50);
+  ui_->txtEmail->setMinimumWidth(character * 64);
   ui_->txtIndpra->setMaximumWidth(character * 12);
   for (QComboBox* combo : {ui_->cmbGrupa, ui_->cmbKomorka})
     combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);

@@ -142,7 +142,7 @@ TEST_F(EmployeeListTest, SortingAndBandsBelongToTheLayout) {
   bands->setOrder(u"3,1"_s);
   list->KarSaveParam(true);
   karSWPRA again(session);
-  EXPECT_EQ(again.sort(), u"2 ASC"_s);
+  EXPECT_EQ(again.sort(), u"3 ASC"_s);
   EXPECT_EQ(child<BandContainer>(again, "collSWPRA")->order(), u"3,1,2,4,5"_s);
   again.KarSaveParam(false);
   EXPECT_EQ(karSWPRA(session).sort(), kEmployeeSort);
