@@ -75,6 +75,7 @@ void Recordset::Impl::setFieldValue(size_t column, const Value& value) {
 
 void Recordset::Impl::moveTo(int64_t newPosition) {
   discardEdit();
+  cachedRow_ = {};
   const auto count = static_cast<int64_t>(rowCount());
   position = std::clamp<int64_t>(newPosition, -1, count);
 }
@@ -188,8 +189,19 @@ void Recordset::Impl::remove() {
   Transaction transaction(*database.pager);
   Table& table = openTable();
   fetchCurrent(table);
+  refuseWhenChangedSinceRead();
   table.remove(row);
   transaction.commit();
+}
+
+// The values that were read may have been shown to someone, who decided by them.
+void Recordset::Impl::refuseWhenChangedSinceRead() {
+  const auto row = static_cast<size_t>(position);
+  if (cachedRow_ != plan->rows[row]) return;
+  auto now = readRow(row);
+  if (!now || *now == cached_) return;
+  cachedRow_ = {};
+  throw Error(3197, {}, kSource);
 }
 
 std::string Recordset::Impl::bookmarkOf(int64_t row) const {

@@ -58,6 +58,9 @@ struct Recordset::Impl {
 
  private:
   uint64_t& identityOf(size_t row) const;
+  // 3197 when another value stands in a field of the current record than when it was last read; the next try
+  // succeeds.
+  void refuseWhenChangedSinceRead();
 
   std::unique_ptr<Table> table_;
   mutable std::vector<uint64_t> identities_;   // by row: Table::identity as first seen; 0 not seen yet

@@ -107,6 +107,8 @@ struct Engine::Impl {
         return s;
       }
       if (const auto sql = catalog.querySql(name)) return parse(*sql);
+      if (name.size() < text.size() || name.find_first_of(u" \t\r\n(;") == name.npos)
+        throw Error(3078, {name}, "DAO.Database");
     }
     return parse(text);
   }

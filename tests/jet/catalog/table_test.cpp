@@ -7,6 +7,7 @@
 
 #include "catalog_fixture.h"
 #include "jet/format/text.h"
+#include "support/other_reader.h"
 
 namespace jet {
 namespace {
@@ -40,6 +41,9 @@ class TableTest : public testing::Test {
     if (!db_.pager) return;
     EXPECT_THAT(faults(), IsEmpty());
     db_.pager->commit();
+    db_.catalog.reset();
+    db_.pager.reset();
+    expectOtherReaderAgrees(folder_ / "test.mdb");
   }
 
   Catalog& catalog() { return *db_.catalog; }

@@ -9,6 +9,7 @@
 
 #include "jet/dao/dao.h"
 #include "support/memory_env.h"
+#include "support/other_reader.h"
 
 namespace jet {
 namespace {
@@ -273,6 +274,7 @@ class ModelRun {
   void reopen() {
     const auto path = database_->path();
     database_.reset();
+    expectOtherReaderAgreesOn(environment_.content(path));
     database_ = workspace_->openDatabase(path);
   }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "jet/dao/dao.h"
+#include "support/other_reader.h"
 #include "support/temp_folder.h"
 
 using jet::Value;
@@ -27,6 +28,11 @@ class RecordsetTest : public ::testing::Test {
   RecordsetTest() : db_(workspace_.createDatabase(folder_ / "t.mdb", jet::kPolishLocale)) {
     db_->execute(u"CREATE TABLE osoby (id COUNTER PRIMARY KEY, nazwisko TEXT(20) NOT NULL, wiek SHORT, uwagi MEMO)");
     for (const char16_t* name : {u"Łoś", u"Adamski", u"Żak", u"Lis"}) add(name);
+  }
+
+  void TearDown() override {
+    db_.reset();
+    expectOtherReaderAgrees(folder_ / "t.mdb");
   }
 
   void add(std::u16string_view name) {
@@ -174,13 +180,19 @@ TEST_F(RecordsetTest, OpensWithPasswordReadOnlyAndExclusive) {
   db_->close();
   EXPECT_EQ(errorOf([&] { workspace_.openDatabase(path); }), 3031);
   EXPECT_EQ(errorOf([&] { workspace_.openDatabase(path, {.connect = u";pwd=Zażółć;"}); }), 3031);
-  const auto reader = workspace_.openDatabase(path, {.readOnly = true, .connect = u";PWD=zażółć;"});
+  auto reader = workspace_.openDatabase(path, {.readOnly = true, .connect = u";PWD=zażółć;"});
   EXPECT_EQ(reader->openRecordset(u"osoby")->recordCount(), 4);
   EXPECT_FALSE(reader->openRecordset(u"osoby")->updatable());
   EXPECT_EQ(errorOf([&] { reader->execute(u"DELETE FROM osoby"); }), 3027);
   EXPECT_EQ(errorOf([&] { reader->openRecordset(u"osoby")->edit(); }), 3027);
   const int held = errorOf([&] { workspace_.openDatabase(path, {.exclusive = true, .connect = u";pwd=zażółć;"}); });
   EXPECT_TRUE(held == 3045 || held == 3356) << held;
+  reader.reset();
+  db_ = workspace_.openDatabase(path, {.exclusive = true, .connect = u";pwd=zażółć;"});
+  EXPECT_EQ(errorOf([&] { db_->newPassword(u"zazolc", u""); }), 3031);
+  db_->newPassword(u"zażółć", u"");
+  db_.reset();
+  EXPECT_EQ(workspace_.openDatabase(path)->openRecordset(u"osoby")->recordCount(), 4);
 }
 
 TEST_F(RecordsetTest, LongNotesAreKeptWhole) {

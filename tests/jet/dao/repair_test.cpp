@@ -12,6 +12,7 @@
 #include "jet/catalog/row_store.h"
 #include "jet/storage/data_page.h"
 #include "jet/storage/long_value.h"
+#include "support/other_reader.h"
 #include "support/temp_folder.h"
 
 namespace jet {
@@ -106,6 +107,7 @@ class Repair : public ::testing::Test {
     EXPECT_EQ(lossless, report.empty());
     workspace_.openDatabase(file_, {.readOnly = true})
         ->check([](const std::u16string& fault) { ADD_FAILURE() << toUtf8(fault); }, true);
+    expectOtherReaderAgrees(file_);
     for (const auto& entry : fs::directory_iterator(folder_.path()))
       EXPECT_EQ(entry.path().filename(), "firma.mdb");
     return report;

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "support/other_reader.h"
+
 namespace jet::test {
 
 namespace {
@@ -186,6 +188,7 @@ std::vector<std::string> committedContents(const MemoryEnvironment& files,
     depth += step == "begin" ? 1 : step == "commit" || step == "rollback" ? -1 : 0;
     contents.push_back(depth == 0 ? contentOf(*database) : contents.back());
   }
+  expectOtherReaderAgreesOn(copy->content(kPath));
   return contents;
 }
 

@@ -8,6 +8,7 @@
 #include "jet/format/text.h"
 #include "jet/sql/engine.h"
 #include "scalars.h"
+#include "support/other_reader.h"
 
 namespace jet::sql::test {
 
@@ -26,6 +27,7 @@ class SqlDatabase {
     engine_.reset();
     catalog_.reset();
     pager_.reset();
+    expectOtherReaderAgrees(path_);
     std::error_code ignored;
     std::filesystem::remove(path_, ignored);
     std::filesystem::remove(std::filesystem::path(path_).replace_extension(".ldb"), ignored);
