@@ -14,6 +14,7 @@
 #include "jet/format/error.h"
 #include "platform/text.h"
 #include "structure/create.h"
+#include "structure/mend.h"
 #include "structure/upgrade.h"
 
 using namespace tandeko;
@@ -39,10 +40,14 @@ Window::Window(MessageService& messages)
       progress_(new QProgressBar),
       report_(new QPlainTextEdit) {
   setWindowTitle(QStringLiteral("Fundamo bazy"));
+  create_->setObjectName(QStringLiteral("cmdUtworz"));
+  upgrade_->setObjectName(QStringLiteral("cmdAktualizuj"));
+  report_->setObjectName(QStringLiteral("txtRaport"));
   report_->setReadOnly(true);
   report_->setPlaceholderText(QStringLiteral("Tu pojawi się sprawozdanie."));
   create_->setToolTip(QStringLiteral("Zakłada nową, pustą bazę firmy"));
-  upgrade_->setToolTip(QStringLiteral("Uzupełnia brakujące części bazy; przedtem robi jej kopię"));
+  upgrade_->setToolTip(
+      QStringLiteral("Naprawia uszkodzony plik i uzupełnia brakujące części bazy; przedtem robi kopię"));
   auto* buttons = new QHBoxLayout;
   buttons->addWidget(create_);
   buttons->addWidget(upgrade_);
@@ -52,6 +57,9 @@ Window::Window(MessageService& messages)
   all->addWidget(step_);
   all->addWidget(progress_);
   all->addWidget(report_);
+  report_->setAccessibleName(QStringLiteral("Sprawozdanie"));
+  report_->setTabChangesFocus(true);
+  progress_->setAccessibleName(QStringLiteral("Postęp"));
   resize(fontMetrics().averageCharWidth() * 90, fontMetrics().height() * 22);
   connect(create_, &QPushButton::clicked, this, &Window::createDatabase);
   connect(upgrade_, &QPushButton::clicked, this, &Window::upgradeDatabase);
@@ -91,16 +99,9 @@ bool Window::tryUpgrade(const QString& file, const QString& password) {
   setBusy(true);
   bool known = true;
   try {
-    const auto result = structure::upgradeDatabase(toPath(file), toU16(password),
-                                                   [this](int done, int total, const std::u16string& what) {
-                                                     showProgress(done, total, toQString(what));
-                                                   });
-    tell(QStringLiteral("Baza: ") + QDir::toNativeSeparators(file));
-    if (!result.copy.empty()) tell(QStringLiteral("Kopia sprzed aktualizacji: ") + shown(result.copy));
-    for (const auto& line : result.report) tell(toQString(line));
-    if (result.outcome == Outcome::Current)
-      tell(QStringLiteral("Struktura bazy jest aktualna, nic nie zmieniono."));
-    if (result.outcome == Outcome::Upgraded) tell(QStringLiteral("Struktura bazy została zaktualizowana."));
+    showProgress(0, 1, QStringLiteral("Sprawdzanie pliku..."));
+    mend(file, password);
+    upgrade(file, password);
     showProgress(1, 1, QStringLiteral("Gotowe."));
   } catch (const jet::Error& error) {
     known = error.number() != kWrongPassword;
@@ -111,6 +112,29 @@ bool Window::tryUpgrade(const QString& file, const QString& password) {
   }
   setBusy(false);
   return known;
+}
+
+void Window::mend(const QString& file, const QString& password) {
+  const auto result = structure::mendDatabase(toPath(file), toU16(password), [this](double done) {
+    showProgress(static_cast<int>(done * 100), 100, QStringLiteral("Naprawa pliku..."));
+  });
+  tell(QStringLiteral("Baza: ") + QDir::toNativeSeparators(file));
+  if (!result.mended) return tell(QStringLiteral("Plik bazy jest nieuszkodzony."));
+  tell(QStringLiteral("Kopia uszkodzonego pliku: ") + shown(result.copy));
+  for (const auto& line : result.report) tell(toQString(line));
+  tell(result.lossless ? QStringLiteral("Plik bazy został naprawiony, niczego nie utracono.")
+                       : QStringLiteral("Plik bazy został naprawiony."));
+}
+
+void Window::upgrade(const QString& file, const QString& password) {
+  const auto result = structure::upgradeDatabase(toPath(file), toU16(password),
+                                                 [this](int done, int total, const std::u16string& what) {
+                                                   showProgress(done, total, toQString(what));
+                                                 });
+  if (!result.copy.empty()) tell(QStringLiteral("Kopia sprzed aktualizacji: ") + shown(result.copy));
+  for (const auto& line : result.report) tell(toQString(line));
+  if (result.outcome == Outcome::Current) tell(QStringLiteral("Struktura bazy jest aktualna."));
+  if (result.outcome == Outcome::Upgraded) tell(QStringLiteral("Struktura bazy została zaktualizowana."));
 }
 
 void Window::tell(const QString& line) { report_->appendPlainText(line); }

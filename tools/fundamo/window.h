@@ -22,6 +22,8 @@ class Window : public QWidget {
   void upgradeDatabase();
   // False when a password is needed.
   bool tryUpgrade(const QString& file, const QString& password);
+  void mend(const QString& file, const QString& password);
+  void upgrade(const QString& file, const QString& password);
   void tell(const QString& line);
   void showFailure(const QString& what, const std::exception& failure);
   void showProgress(int done, int total, const QString& what);

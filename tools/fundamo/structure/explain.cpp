@@ -18,6 +18,7 @@ constexpr Explanation kExplanations[] = {
     {3045, u"baza jest używana przez innego użytkownika lub program; zamknij ją i spróbuj ponownie"},
     {3051, u"brak praw do zapisu pliku"},
     {3058, u"w części rekordów pole klucza jest puste"},
+    {3056, u"w pliku nie ma nic, co dałoby się uratować; nie jest to baza danych albo zniszczono ją w całości"},
     {3078, u"plik nie jest bazą programów pakietu Lorvel: nie zawiera żadnej z ich tablic"},
     {3204, u"taki plik już istnieje"},
     {3251, u"plik ma starszy format, którego nie można zmieniać"},
