@@ -36,17 +36,20 @@ bool DatabaseDesk::openSelected() {
 }
 
 void DatabaseDesk::chooseFile() {
-  const CatalogueEntry entry = chooseDatabase(session_);
-  if (entry.path.isEmpty() || !closeForms()) return;
-  select(entry);
-  open(entry);
+  const bool forced = session_.readOnlyForced();
+  openChecked(chooseDatabase(session_), forced);
 }
 
 bool DatabaseDesk::openFile(const QString& path) {
+  const bool forced = session_.readOnlyForced();
   showCurrent();
-  const CatalogueEntry entry = checkedEntry(session_, path);
+  return openChecked(checkedEntry(session_, path), forced);
+}
+
+// `forced`: whether the database that stays open when this one does not was forced to read-only.
+bool DatabaseDesk::openChecked(const CatalogueEntry& entry, bool forced) {
   if (entry.path.isEmpty() || !closeForms()) {
-    showCurrent();
+    session_.setReadOnlyForced(forced);
     return false;
   }
   select(entry);

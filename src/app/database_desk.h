@@ -33,6 +33,7 @@ class DatabaseDesk : public QObject {
  private:
   bool closeForms();
   bool open(const CatalogueEntry& entry);
+  bool openChecked(const CatalogueEntry& entry, bool forced);
   bool logIn();
   void select(const CatalogueEntry& entry);
   void switchTo(int index);

@@ -26,16 +26,18 @@ const QString kStructureFile = QStringLiteral("Tandeko.stb");
 // One run of the check; each step tells the user why it fails.
 class Check {
  public:
-  Check(Session& session, const QString& path, const QString& password, bool askToUpdate)
-      : session_(session),
-        path_(path),
-        shownPath_(QDir::toNativeSeparators(path)),
-        askToUpdate_(askToUpdate) {
+  Check(Session& session, const QString& path, const QString& password, const CheckOptions& options)
+      : session_(session), path_(path), shownPath_(QDir::toNativeSeparators(path)), options_(options) {
     result_.password = password;
   }
 
   BaseCheckResult run() {
+    if (options_.reportNames)
+      session_.setStatusText(QStringLiteral("Sprawdzanie bazy ") + fileName() + QStringLiteral("..."));
     result_.ok = guarded(session_, "BaseCheck", [this] { return steps(); });
+    database_.reset();
+    if (options_.reportNames) session_.setStatusText({});
+    if (result_.ok && !options_.quiet) tellPassed();
     return result_;
   }
 
@@ -139,7 +141,7 @@ class Check {
   bool versionFits() {
     const ProgramVersion required = programVersion();
     if (!outdated(required)) return true;
-    if (!askToUpdate_ || !agreesToUpdate(required)) return false;
+    if (!options_.askToUpdate || !agreesToUpdate(required)) return false;
     database_.reset();
     if (!updateStructure(session_, path_, fileName())) return false;
     reopen();
@@ -180,6 +182,13 @@ class Check {
     return true;
   }
 
+  void tellPassed() {
+    session_.messages().inform(QStringLiteral("Baza: ") + shownPath_ +
+                               QStringLiteral(" posiada strukturę danych programu: ") + kProgramName +
+                               QStringLiteral(" w wersji: ") + QString::number(major_) + u'.' +
+                               QString::number(minor_) + QStringLiteral(". Baza może zostać otwarta."));
+  }
+
   std::unique_ptr<jet::Recordset> openQuery(const QString& query) {
     return database_->openRecordset(toU16(query), jet::RecordsetType::Snapshot);
   }
@@ -200,7 +209,7 @@ class Check {
   Session& session_;
   QString path_;
   QString shownPath_;
-  bool askToUpdate_;
+  CheckOptions options_;
   BaseCheckResult result_;
   jet::Workspace workspace_;
   std::unique_ptr<jet::Database> database_;
@@ -224,8 +233,9 @@ void refuseExclusive(Session& session, const QString& path) {
       kOpenTitle);
 }
 
-BaseCheckResult BaseCheck(Session& session, const QString& path, const QString& password, bool askToUpdate) {
-  return Check(session, path, password, askToUpdate).run();
+BaseCheckResult BaseCheck(Session& session, const QString& path, const QString& password,
+                          const CheckOptions& options) {
+  return Check(session, path, password, options).run();
 }
 
 }  // namespace tandeko

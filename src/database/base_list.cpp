@@ -3,6 +3,8 @@
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <optional>
+#include <vector>
 
 #include "database/base_check.h"
 #include "database/handy_list.h"
@@ -22,8 +24,10 @@ class ListReader {
 
   bool run() {
     session_.setStatusText(QStringLiteral("Odczyt danych z podręcznej listy baz..."));
+    std::vector<Listed> listed;
     for (const HandyEntry& entry : handyList(session_))
-      if (entry.active) read(entry);
+      if (entry.active) listed.emplace_back(entry);
+    for (Listed& entry : listed) read(entry);
     selectLast();
     session_.setStatusText({});
     while (QApplication::overrideCursor()) QApplication::restoreOverrideCursor();
@@ -31,11 +35,23 @@ class ListReader {
   }
 
  private:
-  void read(const HandyEntry& entry) {
-    if (probeFile(entry.path()) == FileAnswer::Present) {
+  // An active entry and its files. All are asked for at once, so that several databases on a drive that does
+  // not answer cost the time of one.
+  struct Listed {
+    explicit Listed(const HandyEntry& listed) : entry(listed), file(listed.path()) {
+      if (listed.replica && listed.replicaOpen) replica.emplace(listed.replicaPath());
+    }
+    HandyEntry entry;
+    FileProbe file;
+    std::optional<FileProbe> replica;
+  };
+
+  void read(Listed& listed) {
+    const HandyEntry& entry = listed.entry;
+    if (listed.file.answer() == FileAnswer::Present) {
       session_.setStatusText(QStringLiteral("Sprawdzanie bazy ") + entry.subkey + QStringLiteral("..."));
       check(entry, entry.subkey, entry.path(), true);
-    } else if (entry.replica && entry.replicaOpen && probeFile(entry.replicaPath()) == FileAnswer::Present) {
+    } else if (listed.replica && listed.replica->answer() == FileAnswer::Present) {
       session_.setStatusText(QStringLiteral("Sprawdzanie repliki bazy ") + entry.subkey +
                              QStringLiteral("..."));
       check(entry, QStringLiteral("Replika ") + entry.subkey, entry.replicaPath(), false);
@@ -45,7 +61,8 @@ class ListReader {
   }
 
   void check(const HandyEntry& entry, const QString& shownName, const QString& path, bool scheduled) {
-    const BaseCheckResult result = BaseCheck(session_, path, handyPassword(session_, entry.subkey));
+    const BaseCheckResult result = BaseCheck(session_, path, handyPassword(session_, entry.subkey),
+                                             {.askToUpdate = true, .reportNames = false, .quiet = true});
     if (!result.ok) return;
     if (result.keepPassword) handyKeepPassword(session_, entry.subkey, result.password);
     catalogue_ << CatalogueEntry{shownName,          path, result.password, false, result.readOnly,
@@ -88,7 +105,8 @@ bool BaseListRead(Session& session, Catalogue& catalogue, QComboBox& cmbBaza,
 CatalogueEntry checkedEntry(Session& session, const QString& path) {
   const auto listed = handyEntryOf(session, path);
   const BaseCheckResult result =
-      BaseCheck(session, path, listed ? handyPassword(session, listed->subkey) : QString());
+      BaseCheck(session, path, listed ? handyPassword(session, listed->subkey) : QString(),
+                {.askToUpdate = true, .reportNames = true, .quiet = true});
   if (!result.ok) return {};
   if (result.keepPassword && listed) handyKeepPassword(session, listed->subkey, result.password);
   const QFileInfo file(path);
@@ -115,7 +133,8 @@ CatalogueEntry chooseDatabase(Session& session) {
       QStringLiteral("Dodać bazę: ") + entry.name + QStringLiteral(" do podręcznej listy baz?");
   if (session.messages().ask(question, {}, Answer::Yes)) {
     handyAdd(session, path);
-    if (entry.keepPassword) handyKeepPassword(session, entry.name, entry.password);
+    const auto listed = handyEntryOf(session, path);
+    if (entry.keepPassword && listed) handyKeepPassword(session, listed->subkey, entry.password);
   }
   return entry;
 }

@@ -5,8 +5,8 @@
 #include <QHeaderView>
 #include <QIcon>
 #include <QScreen>
+#include <vector>
 
-#include "database/base_check.h"
 #include "database/handy_list.h"
 #include "errors/error_reporter.h"
 #include "platform/file_probe.h"
@@ -19,10 +19,12 @@ namespace {
 
 enum Column { kName, kFolder, kState };
 
-QString stateText(const HandyEntry& entry) {
+constexpr int kPatience = 1000;  // milliseconds, for all the files together
+
+QString stateText(const HandyEntry& entry, FileProbe& file) {
   if (!entry.active) return QStringLiteral("Nieaktywna");
-  return probeFile(entry.path(), 1000) == FileAnswer::Present ? QStringLiteral("Aktywna")
-                                                              : QStringLiteral("Brak dostępu do pliku");
+  return file.answer(kPatience) == FileAnswer::Present ? QStringLiteral("Aktywna")
+                                                       : QStringLiteral("Brak dostępu do pliku");
 }
 
 }  // namespace
@@ -40,6 +42,7 @@ dlgBazaRejestr::dlgBazaRejestr(Session& session, QWidget* parent)
   connect(ui_->lstBazy, &QTreeWidget::currentItemChanged, this, &dlgBazaRejestr::showChoice);
   connect(ui_->cmdDodaj, &QPushButton::clicked, this, &dlgBazaRejestr::add);
   connect(ui_->cmdUsun, &QPushButton::clicked, this, &dlgBazaRejestr::removeChosen);
+  connect(ui_->cmdSprawdz, &QPushButton::clicked, this, &dlgBazaRejestr::checkChosen);
   connect(ui_->cbAktywna, &QCheckBox::clicked, this, &dlgBazaRejestr::toggleActive);
   connect(ui_->cmdZamknij, &QPushButton::clicked, this, &QDialog::accept);
   const QSize wanted(metrics.averageCharWidth() * 110, metrics.lineSpacing() * 18);
@@ -56,8 +59,13 @@ QString dlgBazaRejestr::chosen() const {
 
 void dlgBazaRejestr::fill(const QString& selected) {
   ui_->lstBazy->clear();
-  for (const HandyEntry& entry : handyList(session_)) {
-    auto* item = new QTreeWidgetItem(ui_->lstBazy, {entry.subkey, entry.folder, stateText(entry)});
+  const QList<HandyEntry> entries = handyList(session_);
+  std::vector<FileProbe> files;
+  for (const HandyEntry& entry : entries) files.emplace_back(entry.path());
+  for (qsizetype i = 0; i < entries.size(); ++i) {
+    const HandyEntry& entry = entries[i];
+    const QString state = stateText(entry, files[static_cast<size_t>(i)]);
+    auto* item = new QTreeWidgetItem(ui_->lstBazy, {entry.subkey, entry.folder, state});
     item->setIcon(kName, QIcon(QStringLiteral(":/icons/database-16.png")));
     item->setToolTip(kFolder, entry.path());
     item->setData(kName, Qt::UserRole, entry.active);
@@ -70,6 +78,7 @@ void dlgBazaRejestr::fill(const QString& selected) {
 void dlgBazaRejestr::showChoice() {
   const QTreeWidgetItem* item = ui_->lstBazy->currentItem();
   ui_->cmdUsun->setEnabled(item);
+  ui_->cmdSprawdz->setEnabled(item);
   ui_->cbAktywna->setEnabled(item);
   ui_->cbAktywna->setChecked(item && item->data(kName, Qt::UserRole).toBool());
 }
@@ -82,11 +91,30 @@ void dlgBazaRejestr::add() {
   choice.extension = QStringLiteral("mdb");
   const QString path = session_.messages().openFile(choice);
   if (path.isEmpty()) return;
-  const BaseCheckResult result = BaseCheck(session_, path, {});
+  const BaseCheckResult result = check(path, {}, true);
   if (!result.ok) return;
   handyAdd(session_, path);
   const QString subkey = handyEntryOf(session_, path).value_or(HandyEntry{}).subkey;
   if (result.keepPassword) handyKeepPassword(session_, subkey, result.password);
+  fill(subkey);
+}
+
+// What a listed database asks of its own session is no matter of the one that goes on.
+BaseCheckResult dlgBazaRejestr::check(const QString& path, const QString& password, bool quiet) {
+  const bool forced = session_.readOnlyForced();
+  const BaseCheckResult result =
+      BaseCheck(session_, path, password, {.askToUpdate = true, .reportNames = true, .quiet = quiet});
+  session_.setReadOnlyForced(forced);
+  return result;
+}
+
+void dlgBazaRejestr::checkChosen() {
+  const QString subkey = chosen();
+  for (const HandyEntry& entry : handyList(session_)) {
+    if (entry.subkey != subkey) continue;
+    const BaseCheckResult result = check(entry.path(), handyPassword(session_, subkey), false);
+    if (result.ok && result.keepPassword) handyKeepPassword(session_, subkey, result.password);
+  }
   fill(subkey);
 }
 

@@ -3,6 +3,7 @@
 #include <QDialog>
 #include <memory>
 
+#include "database/base_check.h"
 #include "session/session.h"
 
 namespace Ui {
@@ -25,6 +26,8 @@ class dlgBazaRejestr : public QDialog {
   void showChoice();
   void add();
   void removeChosen();
+  void checkChosen();
+  BaseCheckResult check(const QString& path, const QString& password, bool quiet);
   void toggleActive(bool active);
   QString chosen() const;
 

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include "platform/file_probe.h"
 #include "platform/secret.h"
 #include "session/names.h"
 
@@ -53,8 +54,13 @@ QList<HandyEntry> handyList(Session& session) {
 
 std::optional<HandyEntry> handyEntryOf(Session& session, const QString& path) {
   const QFileInfo wanted(path);
-  for (const HandyEntry& entry : handyList(session))
-    if (QFileInfo(entry.path()) == wanted) return entry;
+  for (const HandyEntry& entry : handyList(session)) {
+    const QFileInfo listed(entry.path());
+    if (listed.absoluteFilePath() == wanted.absoluteFilePath()) return entry;
+    // The same file by another path. Only one of that name is looked for: other drives need not answer.
+    const bool named = entry.fileName().compare(wanted.fileName(), Qt::CaseInsensitive) == 0;
+    if (named && FileProbe(entry.path()).answer() == FileAnswer::Present && listed == wanted) return entry;
+  }
   return std::nullopt;
 }
 

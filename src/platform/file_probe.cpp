@@ -1,25 +1,35 @@
 #include "platform/file_probe.h"
 
-#include <chrono>
-#include <future>
+#include <filesystem>
 #include <thread>
 
 #include "platform/text.h"
 
 namespace tandeko {
 
+namespace {
+
+bool isFile(const QString& path) {
+  std::error_code error;
+  return std::filesystem::is_regular_file(toPath(path), error);
+}
+
+}  // namespace
+
 // A call to a dead network drive can hang inside the system for minutes and cannot be called off, so it is
 // made on a thread that is left behind when it takes too long.
-FileAnswer probeFile(const QString& path, int milliseconds) {
+FileProbe::FileProbe(const QString& path, Test test) : asked_(std::chrono::steady_clock::now()) {
   std::promise<bool> promise;
-  std::future<bool> answer = promise.get_future();
-  std::thread([file = toPath(path), result = std::move(promise)]() mutable {
-    std::error_code error;
-    result.set_value(std::filesystem::is_regular_file(file, error));
+  answer_ = promise.get_future().share();
+  std::thread([path, test = test ? std::move(test) : Test(isFile), result = std::move(promise)]() mutable {
+    result.set_value(test(path));
   }).detach();
-  if (answer.wait_for(std::chrono::milliseconds(milliseconds)) != std::future_status::ready)
+}
+
+FileAnswer FileProbe::answer(int milliseconds) {
+  if (answer_.wait_until(asked_ + std::chrono::milliseconds(milliseconds)) != std::future_status::ready)
     return FileAnswer::NoAnswer;
-  return answer.get() ? FileAnswer::Present : FileAnswer::Missing;
+  return answer_.get() ? FileAnswer::Present : FileAnswer::Missing;
 }
 
 }  // namespace tandeko

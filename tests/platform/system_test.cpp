@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+#include <future>
+#include <vector>
 
 #include "platform/file_probe.h"
 #include "platform/mail.h"
@@ -76,7 +78,22 @@ TEST(FileProbe, TellsFilesFromFolders) {
   QTemporaryDir folder;
   QFile file(folder.filePath(QStringLiteral("a.mdb")));
   ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-  EXPECT_EQ(probeFile(file.fileName()), FileAnswer::Present);
-  EXPECT_EQ(probeFile(folder.path()), FileAnswer::Missing);
-  EXPECT_EQ(probeFile(folder.filePath(QStringLiteral("b.mdb"))), FileAnswer::Missing);
+  EXPECT_EQ(FileProbe(file.fileName()).answer(), FileAnswer::Present);
+  EXPECT_EQ(FileProbe(folder.path()).answer(), FileAnswer::Missing);
+  EXPECT_EQ(FileProbe(folder.filePath(QStringLiteral("b.mdb"))).answer(), FileAnswer::Missing);
+}
+
+TEST(FileProbe, ADriveThatDoesNotAnswerIsWaitedForOnce) {
+  std::promise<void> network;
+  const std::shared_future<void> answer = network.get_future().share();
+  const auto hang = [answer](const QString&) { return answer.wait(), true; };
+  QElapsedTimer timer;
+  timer.start();
+  std::vector<FileProbe> probes;
+  for (int i = 0; i < 5; ++i) probes.emplace_back(QStringLiteral("/net/%1.mdb").arg(i), hang);
+  for (FileProbe& probe : probes) EXPECT_EQ(probe.answer(300), FileAnswer::NoAnswer);
+  EXPECT_GE(timer.elapsed(), 300);
+  EXPECT_LT(timer.elapsed(), 900) << "not once for each";
+  network.set_value();
+  EXPECT_EQ(FileProbe(QStringLiteral("/net/a.mdb"), hang).answer(), FileAnswer::Present) << "it is back";
 }
