@@ -28,7 +28,7 @@ void selectData(QComboBox* combo, const QVariant& data) {
 dlgParPakiet::dlgParPakiet(Session& session, QWidget* parent)
     : QDialog(parent), session_(session), ui_(std::make_unique<Ui::dlgParPakiet>()) {
   ui_->setupUi(this);
-  setMinimumWidth(fontMetrics().averageCharWidth() * 75);
+  ui_->txtFolderPakiet->setMinimumWidth(fontMetrics().averageCharWidth() * 45);
   folders_ = {
       {ui_->txtFolderPakiet, QStringLiteral("Folder pakiet"), QStringLiteral("Wybierz folder programu"),
        QStringLiteral("Błędny folder programu. Wprowadź istniejący folder i spróbuj ponownie.")},

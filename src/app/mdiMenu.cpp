@@ -12,13 +12,11 @@
 #include "app/menu_commands.h"
 #include "app/window_place.h"
 #include "errors/error_reporter.h"
+#include "session/program_errors.h"
 
 namespace tandeko {
 
 namespace {
-
-// The program's own number of a form that refuses to close.
-constexpr int kFormRefused = 365;
 
 QString longDate(const QDate& date) {
   const QLocale locale;
@@ -103,10 +101,10 @@ void mdiMenu::buildToolBar() {
   const auto combo = [&](const QString& caption, const QString& comboName) {
     auto* box = new QComboBox(bar);
     box->setObjectName(comboName);
-    box->setMinimumContentsLength(8);
+    box->setMinimumContentsLength(4);
     box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     box->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    box->setMaximumWidth(fontMetrics().averageCharWidth() * 36);
+    box->setMaximumWidth(fontMetrics().averageCharWidth() * 60);
     auto* label = new QLabel(caption, bar);
     label->setBuddy(box);
     label->setContentsMargins(fontMetrics().averageCharWidth(), 0, fontMetrics().averageCharWidth() / 2, 0);

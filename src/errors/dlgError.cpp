@@ -25,7 +25,9 @@ dlgError::dlgError(Session& session, const Failure& failure, const QString& expl
   ui_->imgBlad->setPixmap(style()->standardIcon(QStyle::SP_MessageBoxCritical).pixmap(iconSize));
   ui_->imgBlad->setFixedWidth(iconSize + metrics.averageCharWidth());
   ui_->labOpis2->setText(explanation);
-  ui_->labOpis2->setMinimumWidth(metrics.averageCharWidth() * 75);
+  // On a small screen a wrapped text would be the first to be cut.
+  const int width = metrics.averageCharWidth() * 75;
+  ui_->labOpis2->setMinimumSize(width, ui_->labOpis2->heightForWidth(width));
   ui_->txtNumer->setText(QString::number(failure.number));
   ui_->txtZrodlo->setText(failure.source);
   ui_->txtOpis1->setPlainText(failure.description + QStringLiteral(" [") + failure.procedure + u']');
