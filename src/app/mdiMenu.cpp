@@ -5,6 +5,7 @@
 #include <QLocale>
 #include <QMdiSubWindow>
 #include <QMenuBar>
+#include <QShortcut>
 #include <QStatusBar>
 #include <QToolBar>
 
@@ -98,7 +99,7 @@ void mdiMenu::buildToolBar() {
   button(QStringLiteral("Filtr..."), QStringLiteral("filter"), QStringLiteral("mnuKarFiltr"));
   button(QStringLiteral("Sumuj"), QStringLiteral("sum"), QStringLiteral("mnuKarSumuj"));
   bar->addSeparator();
-  const auto combo = [&](const QString& caption, const QString& comboName) {
+  const auto combo = [&](const QString& caption, const QString& comboName, const char* keys) {
     auto* box = new QComboBox(bar);
     box->setObjectName(comboName);
     box->setMinimumContentsLength(4);
@@ -110,10 +111,19 @@ void mdiMenu::buildToolBar() {
     label->setContentsMargins(fontMetrics().averageCharWidth(), 0, fontMetrics().averageCharWidth() / 2, 0);
     bar->addWidget(label);
     bar->addWidget(box);
+    const QKeySequence shortcut(QLatin1String{keys});
+    auto* open = new QShortcut(shortcut, this);
+    connect(open, &QShortcut::activated, box, [box] {
+      if (!box->isEnabled() || box->count() == 0) return;
+      box->setFocus();
+      box->showPopup();
+    });
+    box->setToolTip(
+        QStringLiteral("%1 (%2)").arg(caption.chopped(1), shortcut.toString(QKeySequence::NativeText)));
     return box;
   };
-  cmbBaza_ = combo(QStringLiteral("Baza:"), QStringLiteral("cmbBaza"));
-  cmbEwiRejestr_ = combo(QStringLiteral("Rejestr:"), QStringLiteral("cmbEwiRejestr"));
+  cmbBaza_ = combo(QStringLiteral("Baza:"), QStringLiteral("cmbBaza"), "Ctrl+Shift+B");
+  cmbEwiRejestr_ = combo(QStringLiteral("Rejestr:"), QStringLiteral("cmbEwiRejestr"), "Ctrl+Shift+R");
 }
 
 void mdiMenu::buildStatusBar() {

@@ -4,6 +4,8 @@
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QDir>
+#include <QFile>
 #include <QLabel>
 #include <QMenuBar>
 #include <QPushButton>
@@ -262,6 +264,7 @@ TEST_F(Desktop, LayoutQuestion) {
   for (int i = 0; i < 3; ++i) action("mnuRSZapisz")->trigger();
   EXPECT_EQ(form->saved, (QList<bool>{true, false}));
   EXPECT_EQ(messages.shown[0].buttons, Buttons::YesNoCancel);
+  EXPECT_EQ(messages.shown[0].icon, Icon::Question);
   EXPECT_EQ(
       messages.shown[0].text,
       QStringLiteral(
@@ -319,6 +322,158 @@ TEST_F(Desktop, SettingsAreAppliedUpToTheFolderThatIsRefused) {
   EXPECT_EQ(stored(u"Okno start"), QStringLiteral("Panel"));
   EXPECT_EQ(stored(u"Folder raport"), QStringLiteral("/raporty"));
   EXPECT_EQ(session.settings().program().autoRefreshMinutes, 7);
+}
+
+TEST_F(Desktop, EveryFolderIsRefusedInItsOwnWords) {
+  const struct {
+    const char* field;
+    const char16_t* refusal;
+  } cases[] = {
+      {"txtFolderPakiet", u"Błędny folder programu. Wprowadź istniejący folder i spróbuj ponownie."},
+      {"txtFolderBaza", u"Błędny folder bazy. Wprowadź istniejący folder i spróbuj ponownie."},
+      {"txtFolderArch", u"Błędny folder archiwum. Wprowadź istniejący folder i spróbuj ponownie."},
+      {"txtFolderTemp", u"Błędny folder roboczy. Wprowadź istniejący folder i spróbuj ponownie."},
+      {"txtFolderDokum", u"Błędny folder dokumentów. Wprowadź istniejący folder i spróbuj ponownie."},
+      {"txtFolderPomoc", u"Błędny folder plików pomocy. Wprowadź istniejący folder i spróbuj ponownie."},
+  };
+  dlgParPakiet dialog(session, nullptr);
+  for (const auto& c : cases) child<QLineEdit>(dialog, c.field)->setText(QStringLiteral("/nie/ma"));
+  dialog.show();
+  for (const auto& c : cases) {  // each is found only when those before it are right
+    child<QPushButton>(dialog, "cmdZastosuj")->click();
+    const Message refusal = messages.takeOnly();
+    EXPECT_EQ(refusal.text, QString::fromUtf16(c.refusal));
+    EXPECT_EQ(refusal.icon, Icon::Exclamation);
+    EXPECT_TRUE(dialog.isVisible());
+    child<QLineEdit>(dialog, c.field)->setText(folder.path());
+  }
+  child<QPushButton>(dialog, "cmdZastosuj")->click();
+  EXPECT_TRUE(messages.shown.empty());
+  EXPECT_TRUE(dialog.isVisible()) << "only OK closes it";
+
+  child<QCheckBox>(dialog, "cbPopraw")->setChecked(false);
+  child<QPushButton>(dialog, "cmdZamknij")->click();
+  EXPECT_TRUE(session.settings().program().openOnDoubleClick) << "Anuluj stores nothing";
+  EXPECT_FALSE(dialog.isVisible());
+}
+
+TEST_F(Desktop, FoldersAreChosenUnderTheirOwnTitles) {
+  dlgParPakiet dialog(session, nullptr);
+  const char* buttons[] = {"cmdFolderPakiet", "cmdFolderBaza",  "cmdFolderArch",
+                           "cmdFolderTemp",   "cmdFolderDokum", "cmdFolderPomoc"};
+  for (const char* button : buttons) {
+    messages.files = {folder.path()};
+    child<QPushButton>(dialog, button)->click();
+  }
+  QStringList titles;
+  for (const FileChoice& choice : messages.choices) titles << choice.title;
+  EXPECT_EQ(titles, (QStringList{QStringLiteral("Wybierz folder programu"),
+                                 QStringLiteral("Wybierz folder baz danych"),
+                                 QStringLiteral("Wybierz folder"), QStringLiteral("Wybierz folder roboczy"),
+                                 QStringLiteral("Wybierz folder dokumentów"),
+                                 QStringLiteral("Wybierz folder plików pomocy")}));
+  EXPECT_EQ(child<QLineEdit>(dialog, "txtFolderArch")->text(), QDir::toNativeSeparators(folder.path()));
+}
+
+TEST_F(Desktop, FoldersThatCannotBeStoredAreTold) {
+  struct FullRegistry : MemoryRegistry {
+    bool write(const QString& key, const QString& name, const QString& value) override {
+      return !name.startsWith(u"Folder") && MemoryRegistry::write(key, name, value);
+    }
+  } full;
+  Session other{Platform{full, messages, shell, mail, clock, windows}};
+  other.settings().load();
+  dlgParPakiet dialog(other, nullptr);
+  for (const char* name : {"txtFolderPakiet", "txtFolderBaza", "txtFolderArch", "txtFolderTemp",
+                           "txtFolderDokum", "txtFolderPomoc"})
+    child<QLineEdit>(dialog, name)->setText(folder.path());
+  dialog.show();
+  child<QPushButton>(dialog, "cmdOk")->click();
+  EXPECT_EQ(messages.takeOnly().title, QStringLiteral("Błąd zapisu folderu"));
+  EXPECT_TRUE(dialog.isVisible());
+}
+
+TEST_F(Desktop, SettingsTakeEffectAtOnce) {
+  addDatabase(QStringLiteral("a.mdb"));
+  start();
+  EXPECT_FALSE(window->autoRefresh().isOn());
+  int repainted = 0;
+  QObject::connect(&session.settings(), &Settings::changed, window.get(), [&repainted] { ++repainted; });
+  onDialog<dlgParPakiet>([this](dlgParPakiet& dialog) {
+    auto* users = child<QComboBox>(dialog, "cmbUzyt");
+    EXPECT_GE(users->findText(QStringLiteral("Kos Ewa")), 0);
+    EXPECT_EQ(users->currentData().toString(), QStringLiteral("AD"));
+    for (const char* name : {"txtFolderPakiet", "txtFolderBaza", "txtFolderArch", "txtFolderTemp",
+                             "txtFolderDokum", "txtFolderPomoc"})
+      child<QLineEdit>(dialog, name)->setText(folder.path());
+    child<QCheckBox>(dialog, "cbAutoRefresh")->setChecked(true);
+    child<QComboBox>(dialog, "cmbKarFontSize")->setCurrentText(QStringLiteral("12"));
+    child<QPushButton>(dialog, "cmdOk")->click();
+  });
+  action("mnuParPakiet")->trigger();
+  EXPECT_TRUE(window->autoRefresh().isOn());
+  EXPECT_EQ(session.settings().program().listFontSize, 12);
+  EXPECT_EQ(session.settings().helpFile(), folder.path() + QStringLiteral("/Tandeko.chm"));
+  EXPECT_EQ(repainted, 1);
+}
+
+TEST_F(Desktop, HelpFileLiesWithTheProgramOrInTheHelpFolder) {
+  session.settings().setOwnFolder(folder.path());
+  session.settings().store(QStringLiteral("Folder pomoc"), QStringLiteral("/pomoc"));
+  session.settings().load();
+  EXPECT_EQ(helpFile(session), QStringLiteral("/pomoc/Tandeko.chm"));
+  QDir(folder.path()).mkdir(QStringLiteral("Help"));
+  QFile(file(QStringLiteral("Help/Tandeko.chm"))).open(QIODevice::WriteOnly);
+  EXPECT_EQ(helpFile(session), file(QStringLiteral("Help/Tandeko.chm")));
+}
+
+TEST_F(Desktop, WindowsAreArrangedWithoutOverlapping) {
+  start();
+  window->resize(1000, 700);
+  window->show();
+  for (const char16_t* name : {u"dokA", u"dokB", u"dokC"}) show(QString::fromUtf16(name));
+  const auto places = [this] {
+    QList<QRect> all;
+    for (const ChildForm* form : window->forms()) all << form->parentWidget()->geometry();
+    return all;
+  };
+  const auto apart = [](const QList<QRect>& all) {
+    for (int i = 0; i < all.size(); ++i)
+      for (int j = 0; j < i; ++j)
+        if (all[i].intersects(all[j])) return false;
+    return true;
+  };
+  action("mnuOknoPoziomo")->trigger();
+  QList<QRect> rows = places();
+  EXPECT_TRUE(apart(rows));
+  EXPECT_EQ(rows[0].left(), rows[2].left());
+  EXPECT_LT(rows[0].top(), rows[1].top());
+  action("mnuOknoPionowo")->trigger();
+  QList<QRect> columns = places();
+  EXPECT_TRUE(apart(columns));
+  EXPECT_EQ(columns[0].top(), columns[2].top());
+  EXPECT_LT(columns[0].left(), columns[1].left());
+  action("mnuOknoKaskada")->trigger();
+  EXPECT_FALSE(apart(places()));
+  for (ChildForm* form : window->forms()) form->parentWidget()->showMinimized();
+  window->forms()[0]->parentWidget()->move(300, 50);
+  action("mnuOknoUporzadkuj")->trigger();
+  EXPECT_TRUE(apart(places()));
+  EXPECT_EQ(places()[0].bottom(), places()[1].bottom());
+}
+
+TEST_F(Desktop, CommandsOfLaterVersionsAreOffAndSaySo) {
+  addDatabase(QStringLiteral("a.mdb"));
+  start();
+  int later = 0;
+  for (QAction* entry : window->menuBar()->findChildren<QAction*>()) {
+    const MenuLine* line = lineOf(entry);
+    if (!line || line->need != Need::Later) continue;
+    ++later;
+    EXPECT_FALSE(entry->isEnabled()) << entry->objectName().toStdString();
+    EXPECT_FALSE(entry->statusTip().isEmpty()) << entry->objectName().toStdString();
+  }
+  EXPECT_GT(later, 0);
 }
 
 TEST_F(Desktop, MissingToolsAreNamed) {

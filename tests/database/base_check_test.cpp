@@ -64,6 +64,52 @@ TEST_F(Checking, ADatabaseCanAskToBeOpenedReadOnly) {
   EXPECT_TRUE(session.database().readOnly());
 }
 
+namespace {
+
+// Takes the status bar's texts.
+struct StatusFrame : Frame {
+  QWidget* window() override { return nullptr; }
+  void showForm(ChildForm*) override {}
+  bool activateForm(const QString&) override { return false; }
+  ChildForm* findForm(const QString&) const override { return nullptr; }
+  ChildForm* activeForm() const override { return nullptr; }
+  QList<ChildForm*> forms() const override { return {}; }
+  bool closeForms(const QList<ChildForm*>&) override { return true; }
+  bool FormCloseAll(ChildForm*) override { return true; }
+  void popupMenu(ContextMenu, const QPoint&) override {}
+  void setStatusText(const QString& text) override { texts << text; }
+  void showUserName(const QString&) override {}
+  void updateCommands() override {}
+  void reloadRegisters() override {}
+
+  QStringList texts;
+};
+
+}  // namespace
+
+TEST_F(Checking, CallersChooseWhatIsShown) {
+  makeDatabase(path);
+  StatusFrame frame;
+  session.setFrame(&frame);
+  EXPECT_TRUE(BaseCheck(session, path, {}, {.askToUpdate = true, .reportNames = true, .quiet = true}).ok);
+  EXPECT_EQ(frame.texts, (QStringList{QStringLiteral("Sprawdzanie bazy firma.mdb..."), QString()}));
+  EXPECT_TRUE(messages.shown.empty());
+  EXPECT_TRUE(BaseCheck(session, path, {}, {.askToUpdate = true, .reportNames = false, .quiet = false}).ok);
+  EXPECT_EQ(frame.texts.size(), 2);
+  const ProgramVersion version = programVersion();
+  expectRefusal(
+      QStringLiteral("Baza: %1 posiada strukturę danych programu: Tandeko w wersji: %2.%3. Baza może "
+                     "zostać otwarta.")
+          .arg(shown)
+          .arg(version.major)
+          .arg(version.minor),
+      Icon::Information);
+  runOn(path, QStringLiteral("UPDATE dbprg SET VerMajor = 0"));
+  EXPECT_FALSE(BaseCheck(session, path, {}, {.askToUpdate = false, .reportNames = false, .quiet = true}).ok);
+  EXPECT_TRUE(messages.shown.empty()) << "no question about the structure";
+  session.setFrame(nullptr);
+}
+
 TEST_F(Checking, HeldExclusivelyByAnother) {
   makeDatabase(path);
   jet::Workspace other;
@@ -148,6 +194,8 @@ TEST_F(Checking, PasswordIsAskedAndMayBeKept) {
           QStringLiteral(" - sprawdź czy hasło zostało wprowadzone poprawnie. W tej sesji baza nie zostanie "
                          "dołączona do listy podręcznej. Możesz otworzyć bazę później wybierając z menu Baza "
                          "polecenie Otwórz lub uruchamiając program ponownie."));
+  EXPECT_EQ(messages.shown[1].icon, Icon::Exclamation);
+  EXPECT_EQ(messages.shown[1].title, QStringLiteral("Błąd otwarcia bazy"));
 }
 
 namespace {
@@ -191,7 +239,9 @@ TEST_F(Upgrading, TheUserDecides) {
   EXPECT_EQ(question.title, QStringLiteral("Błąd weryfikacji struktury bazy"));
   EXPECT_EQ(question.icon, Icon::Exclamation);
   EXPECT_EQ(question.buttons, Buttons::YesNo);
+  EXPECT_EQ(question.defaultButton, Answer::Yes);
   EXPECT_TRUE(shell.started.isEmpty());
+  expectFree();
 }
 
 TEST_F(Upgrading, AnUpgradedDatabasePasses) {
@@ -210,6 +260,18 @@ TEST_F(Upgrading, AToolThatChangedNothingIsFoundOut) {
             QStringLiteral("Struktura bazy: firma.mdb  nie została zaktualizowana. Sprawdź "
                            "wersję pliku: Tandeko.stb"));
   EXPECT_EQ(messages.shown[1].icon, Icon::Critical);
+}
+
+TEST_F(Upgrading, AToolThatFailsIsTold) {
+  messages.answers = {Answer::Yes};
+  shell.onStart = [this](const QString&, const QStringList&) {
+    registry.write(kStructureToolKey, QStringLiteral("Aktualizacja status"), QStringLiteral("Error"));
+  };
+  EXPECT_FALSE(check().ok);
+  ASSERT_EQ(messages.shown.size(), 2u);
+  EXPECT_TRUE(
+      messages.shown[1].text.startsWith(QStringLiteral("Aktualizacja bazy: firma.mdb nie powiodła się.")));
+  expectFree();
 }
 
 TEST_F(Checking, ListReadingSelectsTheDatabaseOfTheLastSession) {
@@ -281,6 +343,10 @@ TEST_F(Checking, HandyListDialogAddsDeactivatesAndRemoves) {
   ASSERT_EQ(list->topLevelItemCount(), 1);
   EXPECT_EQ(list->topLevelItem(0)->text(0), QStringLiteral("firma.mdb"));
   EXPECT_EQ(list->topLevelItem(0)->text(2), QStringLiteral("Aktywna"));
+  runOn(path, QStringLiteral("INSERT INTO dbpar (Indpar, Wartosc) VALUES ('BaseReadOnly', '1')"));
+  child<QPushButton>(dialog, "cmdSprawdz")->click();
+  EXPECT_TRUE(messages.takeOnly().text.contains(QStringLiteral("Baza może zostać otwarta.")));
+  EXPECT_FALSE(session.readOnlyForced()) << "it is not the database that is worked with";
   child<QCheckBox>(dialog, "cbAktywna")->click();
   EXPECT_EQ(list->topLevelItem(0)->text(2), QStringLiteral("Nieaktywna"));
   EXPECT_FALSE(handyList(session)[0].active);

@@ -1,11 +1,17 @@
 #include <gtest/gtest.h>
 
 #include <QCheckBox>
+#include <QDirIterator>
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QRegularExpression>
+#include <QSet>
+#include <functional>
+#include <new>
+#include <system_error>
 
 #include "errors/dlgError.h"
 #include "errors/error_files.h"
@@ -13,6 +19,7 @@
 #include "errors/support_letter.h"
 #include "jet/format/error.h"
 #include "platform/ini_file.h"
+#include "session/program_errors.h"
 #include "support/dialogs.h"
 #include "support/test_session.h"
 
@@ -60,18 +67,83 @@ TEST_F(Errors, DescriptionsOfEachKind) {
                                              "Errormsg.txt.\n")));
 }
 
-// The file that the program ships describes every number that the engine can raise.
-TEST_F(Errors, EveryEngineErrorHasADescription) {
-  const QString path = QStringLiteral(TANDEKO_TEST_DATA "/../../resources/Errormsg.txt");
-  ASSERT_TRUE(QFile::exists(path));
-  int known = 0;
-  for (int number = 1; number < 4000; ++number) {
-    if (jet::errorText(number).empty()) continue;
-    ++known;
-    EXPECT_GT(iniRead(path, QStringLiteral("DAO"), QString::number(number)).value_or(QString()).size(), 10)
-        << number;
+namespace {
+
+const QString kSources = QStringLiteral(TANDEKO_TEST_DATA "/../..");
+
+QString contentOf(const QString& path) {
+  QFile file(path);
+  EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
+  return QString::fromUtf8(file.readAll());
+}
+
+// The numbers that a section of the shipped file describes.
+QSet<int> described(const QString& section) {
+  QSet<int> numbers;
+  bool inside = false;
+  const QString path = kSources + QStringLiteral("/resources/Errormsg.txt");
+  for (const QString& line : decodeText(contentOf(path).toUtf8()).split(u'\n')) {
+    if (line.startsWith(u'[')) inside = line.startsWith(u'[' + section + u']');
+    const auto equals = line.indexOf(u'=');
+    if (!inside || equals < 0) continue;
+    EXPECT_GT(line.size() - equals, 12) << line.toStdString();
+    const int number = line.first(equals).toInt();
+    EXPECT_FALSE(numbers.contains(number)) << number << " is described twice";
+    numbers << number;
   }
-  EXPECT_GT(known, 200);
+  return numbers;
+}
+
+// The numbers that the engine's sources raise.
+QSet<int> raised() {
+  static const QRegularExpression raise(QStringLiteral("\\b(?:Error|withText)\\((\\d+)\\b"));
+  QSet<int> numbers;
+  QDirIterator sources(kSources + QStringLiteral("/src/jet"),
+                       {QStringLiteral("*.cpp"), QStringLiteral("*.h")}, QDir::Files,
+                       QDirIterator::Subdirectories);
+  while (sources.hasNext())
+    for (auto match = raise.globalMatch(contentOf(sources.next())); match.hasNext();)
+      numbers << match.next().captured(1).toInt();
+  return numbers;
+}
+
+}  // namespace
+
+// The file that the program ships describes exactly the numbers that can occur.
+TEST_F(Errors, EveryErrorHasADescriptionAndEveryDescriptionAnError) {
+  QSet<int> engine;
+  for (int number = 1; number < 10000; ++number)
+    if (!jet::errorText(number).empty()) engine << number;
+  const QSet<int> dao = described(QStringLiteral("DAO"));
+  EXPECT_TRUE((engine - dao).isEmpty()) << "engine errors without a description: " << *(engine - dao).begin();
+  EXPECT_TRUE((dao - engine).isEmpty()) << "descriptions of unknown errors: " << *(dao - engine).begin();
+  const QSet<int> used = raised();
+  EXPECT_GT(used.size(), 100);
+  EXPECT_TRUE((used - dao).isEmpty()) << "raised without a description: " << *(used - dao).begin();
+  EXPECT_EQ(described(QStringLiteral("Program")),
+            QSet<int>(std::begin(kProgramErrors), std::end(kProgramErrors)));
+}
+
+TEST_F(Errors, FailuresOfTheSystemHaveNumbersOfTheirOwn) {
+  const auto code = [](std::errc error) { return std::system_error(std::make_error_code(error)); };
+  const struct {
+    std::function<void()> raise;
+    int number;
+  } cases[] = {
+      {[] { throw std::bad_alloc(); }, kNoMemory},
+      {[&] { throw code(std::errc::no_such_file_or_directory); }, kNoFile},
+      {[&] { throw code(std::errc::no_space_on_device); }, kDiskFull},
+      {[&] { throw code(std::errc::permission_denied); }, kNoAccess},
+      {[&] { throw code(std::errc::io_error); }, kDiskFailure},
+      {[&] { throw code(std::errc::timed_out); }, kUnexpected},
+      {[] { throw 1; }, kUnexpected},
+  };
+  for (const auto& c : cases) {
+    guarded(session, "KopiaBazy", c.raise);
+    ASSERT_FALSE(failures.failures.empty());
+    EXPECT_EQ(failures.failures.back().number, c.number);
+    EXPECT_EQ(failures.failures.back().kind(), QStringLiteral("Program"));
+  }
 }
 
 TEST_F(Errors, GuardedTellsWhatFailedAndWhere) {
@@ -139,6 +211,28 @@ TEST_F(Errors, DialogShowsTheFailureAndAsksBeforeEnding) {
   child<QPushButton>(dialog, "cmdPrzerwij")->click();
   EXPECT_FALSE(dialog.isVisible());
   EXPECT_EQ(dialog.result(), QDialog::Rejected);
+}
+
+TEST_F(Errors, FolderOfTheDescriptions) {
+  QTemporaryDir own;
+  session.settings().setOwnFolder(own.path());
+  writeFile(own.filePath(QStringLiteral("Errormsg.txt")), "[Program]\n5=Obok programu.\n");
+  writeFile(file(QStringLiteral("Errormsg.txt")), "[Program]\n5=W pakiecie.\n");
+  const Failure failure{5, QStringLiteral("Tandeko"), {}, QStringLiteral("A")};
+  for (const QString& package : {QString(), folder.path()}) {
+    session.settings().store(QStringLiteral("Folder pakiet"), package);
+    reportFailure(session, failure);
+    EXPECT_TRUE(failures.explanations.back().contains(package.isEmpty() ? QStringLiteral("Obok programu.")
+                                                                        : QStringLiteral("W pakiecie.")));
+  }
+}
+
+TEST_F(Errors, QuestionGoesToTheMaker) {
+  EXPECT_TRUE(sendQuestion(session));
+  ASSERT_EQ(mail.letters.size(), 1u);
+  EXPECT_EQ(mail.letters[0].to, kSupportAddress);
+  EXPECT_EQ(mail.letters[0].subject, QStringLiteral("Pytanie Tandeko wersja ") + programVersion().text());
+  EXPECT_EQ(mail.letters[0].body, QStringLiteral("<Tutaj wpisz treść pytania>"));
 }
 
 TEST_F(Errors, ReportGoesByMailOrAsAnAddress) {

@@ -119,6 +119,53 @@ TEST_F(Login, PasswordIsAskedUntilItFitsOrTheUserGivesUp) {
   EXPECT_EQ(user, QString());
 }
 
+TEST_F(Login, BothFormsOfStoredPasswordsAndTheSecondAttempt) {
+  QString oldForm = PassEncode(kPasswordKey, QStringLiteral("abc"), kPasswordPad);
+  oldForm.remove(QChar(kPasswordEnd));
+  const struct {
+    const char* what;
+    QString stored;
+    QStringList attempts;
+    bool accepted;
+    size_t refusals;
+  } cases[] = {
+      {"new form, whole", scrambled(u"abc"), {QStringLiteral("abc")}, true, 0},
+      {"new form, a beginning at the first attempt", scrambled(u"abc"), {QStringLiteral("ab")}, false, 1},
+      {"new form, a beginning at the second attempt",
+       scrambled(u"abc"),
+       {QStringLiteral("ab"), QStringLiteral("ab")},
+       true,
+       1},
+      {"old form, a beginning",
+       QStringLiteral("'%1'").arg(oldForm.replace(u'\'', QStringLiteral("''"))),
+       {QStringLiteral("ab")},
+       true,
+       0},
+      {"no password, anything typed", QStringLiteral("Null"), {QStringLiteral("xyz")}, true, 0},
+  };
+  addUser(QStringLiteral("ZZ"), true);
+  for (const auto& c : cases) {
+    execute(QStringLiteral("DELETE FROM dboso WHERE Indoso = 'JN'"));
+    execute(QStringLiteral("DELETE FROM dbupr"));
+    addUser(QStringLiteral("JN"), false, c.stored, QStringLiteral("E+W"));
+    messages.shown.clear();
+    QString user;
+    pick(QStringLiteral("JN"), c.attempts);
+    EXPECT_EQ(login(user), c.accepted) << c.what;
+    EXPECT_EQ(messages.shown.size(), c.refusals) << c.what;
+    EXPECT_EQ(user, c.accepted ? QStringLiteral("JN") : QString()) << c.what;
+  }
+}
+
+TEST_F(Login, AnInactiveAdministratorWithoutPasswordIsStillTakenWhenRemembered) {
+  addUser(QStringLiteral("AD"), true);
+  execute(QStringLiteral("UPDATE dboso SET Aktywny = False"));
+  QString user = QStringLiteral("AD");
+  const DialogDismisser dialogs;
+  EXPECT_TRUE(login(user));
+  EXPECT_EQ(dialogs.count(), 0);
+}
+
 TEST_F(Login, CaptionNamesTheDatabase) {
   dlgUserLista dialog(session, nullptr);
   dialog.SetDatabase(session.database());
@@ -135,6 +182,7 @@ TEST_F(Login, ChangingThePasswordNeedsTheOldOne) {
 
   change->click();
   const Message refusal = messages.takeOnly();
+  EXPECT_EQ(refusal.icon, Icon::Information);
   EXPECT_EQ(refusal.text, QStringLiteral("Aby zmienić hasło należy podać aktualnie obowiązujące hasło."));
   EXPECT_EQ(refusal.title, QStringLiteral("Błędne hasło"));
 
@@ -192,7 +240,14 @@ TEST_F(Login, AReplicaNarrowsTheRights) {
   session.parameterWrite(QStringLiteral("BaseReplicaSync"), QStringLiteral("1"));
   EXPECT_TRUE(BaseSetUser(session, QStringLiteral("AD")));
   EXPECT_EQ(session.CurrentLevel(), QStringLiteral("P+W"));
-  EXPECT_EQ(messages.takeOnly().icon, Icon::Information);
+  const Message notice = messages.takeOnly();
+  EXPECT_EQ(notice.icon, Icon::Information);
+  EXPECT_EQ(
+      notice.text,
+      QStringLiteral(
+          "Dane z repliki bazy zostały już wczytane do bazy źródłowej, co uniemożliwia jej edycję. Baza "
+          "zostanie otwarta w trybie: Tylko odczyt. Aby móc edytować bazę repliki otwórz bazę źródłową i "
+          "utwórz ponownie replikę bazy."));
 }
 
 TEST_F(Login, ReadOnlyRules) {
