@@ -176,7 +176,7 @@ TEST_F(Start, GoesThroughItsStepsInOrder) {
                                                     "odczyt Baza [splash] [okno]\n"
                                                     "baza otwarta [okno]\n"
                                                     "logowanie [okno]\n"
-                                                    "użytkownik [okno]\n"
+                                                    "użytkownik [okno] [wolne]\n"
                                                     "koniec [okno] [wolne]"));
   EXPECT_TRUE(main->autoRefresh().isOn());
   EXPECT_EQ(main->windowTitle(), QStringLiteral("Tandeko(1)"));

@@ -51,7 +51,7 @@ int upgrade(int argc, char** argv) {
 int showWindow(int argc, char** argv) {
   QLocale::setDefault(QLocale(QLocale::Polish, QLocale::Poland));
   const QApplication application(argc, argv);
-  QApplication::setApplicationDisplayName(QStringLiteral("Fundamo bazy"));
+  QApplication::setApplicationName(QStringLiteral("Fundamo bazy"));
   tandeko::useResources();
   QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/program-48.png")));
   tandeko::ScreenMessages messages;
