@@ -10,6 +10,7 @@
 #include <QToolBar>
 
 #include "app/child_forms.h"
+#include "app/form_look.h"
 #include "app/menu_commands.h"
 #include "app/window_place.h"
 #include "errors/error_reporter.h"
@@ -31,7 +32,7 @@ bool mayChange(const Session& session) {
 
 }  // namespace
 
-mdiMenu::mdiMenu(Session& session) : session_(session) {
+mdiMenu::mdiMenu(Session& session) : session_(session), look_(session.settings().program()) {
   setObjectName(QStringLiteral("mdiMenu"));
   setWindowTitle(session.title());
   children_ = new ChildWindows(this);
@@ -149,8 +150,14 @@ void mdiMenu::connectCommands() {
   connect(&session_, &Session::registerChanged, this, &mdiMenu::refreshLists);
   connect(&autoRefresh_, &AutoRefresh::due, this, &mdiMenu::refreshLists);
   connect(desk_, &DatabaseDesk::opened, this, &mdiMenu::databaseOpened);
-  connect(&session_.settings(), &Settings::changed, this,
-          [this] { autoRefresh_.setMinutes(session_.settings().program().autoRefreshMinutes); });
+  connect(&session_.settings(), &Settings::changed, this, &mdiMenu::settingsChanged);
+}
+
+void mdiMenu::settingsChanged() {
+  const ProgramSettings& now = session_.settings().program();
+  autoRefresh_.setMinutes(now.autoRefreshMinutes);
+  for (ChildForm* form : forms()) changeLook(*form, look_, now);
+  look_ = now;
 }
 
 void mdiMenu::runAction(const QString& menuName, const MenuLine& line) {

@@ -62,6 +62,7 @@ class mdiMenu : public QMainWindow, public Frame {
   void openStartForm();
   void databaseOpened();
   void activeFormChanged();
+  void settingsChanged();
   void saveLayout();
   void updateEditMenu();
   void fillWindowList();
@@ -73,6 +74,7 @@ class mdiMenu : public QMainWindow, public Frame {
   ChildWindows* children_ = nullptr;
   DatabaseDesk* desk_ = nullptr;
   AutoRefresh autoRefresh_;
+  ProgramSettings look_;  // that the open forms show
   QLabel* statusText_ = nullptr;
   QLabel* statusUser_ = nullptr;
   QLabel* statusDate_ = nullptr;

@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QCloseEvent>
+#include <QColorDialog>
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
@@ -12,12 +13,14 @@
 #include <QSet>
 #include <QSpinBox>
 #include <QToolBar>
+#include <QTreeWidget>
 
 #include "app/dlgParPakiet.h"
 #include "app/instance_check.h"
 #include "app/menu_commands.h"
 #include "app/startup.h"
 #include "database/handy_list.h"
+#include "lists/form_fields.h"
 #include "support/dialogs.h"
 #include "support/test_database.h"
 
@@ -397,9 +400,19 @@ TEST_F(Desktop, SettingsTakeEffectAtOnce) {
   addDatabase(QStringLiteral("a.mdb"));
   start();
   EXPECT_FALSE(window->autoRefresh().isOn());
-  int repainted = 0;
-  QObject::connect(&session.settings(), &Settings::changed, window.get(), [&repainted] { ++repainted; });
-  onDialog<dlgParPakiet>([this](dlgParPakiet& dialog) {
+  TestForm* form = show(QStringLiteral("sloSWGPC"));
+  auto* edited = new QLineEdit(form);
+  auto* shown = new QLineEdit(form);
+  auto* list = new QTreeWidget(form);
+  setFieldReadOnly(*edited, false, session.settings().program().readOnlyColor);
+  setFieldReadOnly(*shown, true, session.settings().program().readOnlyColor);
+  const QColor usual = edited->palette().color(QPalette::Base), chosen(QStringLiteral("#aabbcc"));
+  onDialog<dlgParPakiet>([&](dlgParPakiet& dialog) {
+    onDialog<QColorDialog>([&](QColorDialog& colors) {
+      colors.setCurrentColor(chosen);
+      colors.accept();
+    });
+    child<QPushButton>(dialog, "kolTlo")->click();
     auto* users = child<QComboBox>(dialog, "cmbUzyt");
     EXPECT_GE(users->findText(QStringLiteral("Kos Ewa")), 0);
     EXPECT_EQ(users->currentData().toString(), QStringLiteral("AD"));
@@ -408,13 +421,16 @@ TEST_F(Desktop, SettingsTakeEffectAtOnce) {
       child<QLineEdit>(dialog, name)->setText(folder.path());
     child<QCheckBox>(dialog, "cbAutoRefresh")->setChecked(true);
     child<QComboBox>(dialog, "cmbKarFontSize")->setCurrentText(QStringLiteral("12"));
+    child<QComboBox>(dialog, "cmbSloFontSize")->setCurrentText(QStringLiteral("14"));
     child<QPushButton>(dialog, "cmdOk")->click();
   });
   action("mnuParPakiet")->trigger();
   EXPECT_TRUE(window->autoRefresh().isOn());
   EXPECT_EQ(session.settings().program().listFontSize, 12);
   EXPECT_EQ(session.settings().helpFile(), folder.path() + QStringLiteral("/Tandeko.chm"));
-  EXPECT_EQ(repainted, 1);
+  EXPECT_EQ(shown->palette().color(QPalette::Base), chosen);
+  EXPECT_EQ(edited->palette().color(QPalette::Base), usual);
+  EXPECT_EQ(list->font().pointSize(), 14);
 }
 
 TEST_F(Desktop, HelpFileLiesWithTheProgramOrInTheHelpFolder) {
