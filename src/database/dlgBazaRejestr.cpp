@@ -35,10 +35,10 @@ dlgBazaRejestr::dlgBazaRejestr(Session& session, QWidget* parent)
   const QFontMetrics metrics(font());
   ui_->lstBazy->setHeaderLabels({QStringLiteral("Nazwa"), QStringLiteral("Folder"), QStringLiteral("Stan")});
   ui_->lstBazy->setMinimumSize(metrics.averageCharWidth() * 50, metrics.lineSpacing() * 8);
-  ui_->lstBazy->header()->resizeSection(kName, metrics.averageCharWidth() * 26);
   ui_->lstBazy->header()->setStretchLastSection(false);
   ui_->lstBazy->header()->setSectionResizeMode(kFolder, QHeaderView::Stretch);
-  ui_->lstBazy->header()->setSectionResizeMode(kState, QHeaderView::ResizeToContents);
+  for (const Column column : {kName, kState})
+    ui_->lstBazy->header()->setSectionResizeMode(column, QHeaderView::ResizeToContents);
   ui_->lstBazy->setSortingEnabled(true);
   ui_->lstBazy->sortByColumn(kName, Qt::AscendingOrder);
   connect(ui_->lstBazy, &QTreeWidget::currentItemChanged, this, &dlgBazaRejestr::showChoice);

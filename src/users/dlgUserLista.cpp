@@ -53,6 +53,10 @@ void dlgUserLista::SetDatabase(jet::Database& database) {
   database_ = &database;
   setWindowTitle(QStringLiteral("Logowanie do: ") +
                  QFileInfo(fromPath(database.path())).fileName().chopped(4));
+  // The caption names the firm: it is to be read whole, beside the buttons of the frame.
+  const QFontMetrics metrics(font());
+  const int captionWidth = metrics.horizontalAdvance(windowTitle()) + metrics.averageCharWidth() * 24;
+  ui_->lstUzyt->setMinimumWidth(qMax(ui_->lstUzyt->minimumWidth(), captionWidth));
   ui_->lstUzyt->clear();
   for (const ListedUser& user : usersOfProgram(database))
     new QTreeWidgetItem(ui_->lstUzyt, {user.indoso, user.name});
