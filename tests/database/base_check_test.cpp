@@ -14,6 +14,7 @@
 #include "database/handy_list.h"
 #include "database/structure_update.h"
 #include "support/dialogs.h"
+#include "support/recorded_frame.h"
 #include "support/test_database.h"
 #include "users/dlgBazaHaslo.h"
 
@@ -64,38 +65,15 @@ TEST_F(Checking, ADatabaseCanAskToBeOpenedReadOnly) {
   EXPECT_TRUE(session.database().readOnly());
 }
 
-namespace {
-
-// Takes the status bar's texts.
-struct StatusFrame : Frame {
-  QWidget* window() override { return nullptr; }
-  void showForm(ChildForm*) override {}
-  bool activateForm(const QString&) override { return false; }
-  ChildForm* findForm(const QString&) const override { return nullptr; }
-  ChildForm* activeForm() const override { return nullptr; }
-  QList<ChildForm*> forms() const override { return {}; }
-  bool closeForms(const QList<ChildForm*>&) override { return true; }
-  bool FormCloseAll(ChildForm*) override { return true; }
-  void popupMenu(ContextMenu, const QPoint&) override {}
-  void setStatusText(const QString& text) override { texts << text; }
-  void showUserName(const QString&) override {}
-  void updateCommands() override {}
-  void reloadRegisters() override {}
-
-  QStringList texts;
-};
-
-}  // namespace
-
 TEST_F(Checking, CallersChooseWhatIsShown) {
   makeDatabase(path);
-  StatusFrame frame;
+  RecordedFrame frame;
   session.setFrame(&frame);
   EXPECT_TRUE(BaseCheck(session, path, {}, {.askToUpdate = true, .reportNames = true, .quiet = true}).ok);
-  EXPECT_EQ(frame.texts, (QStringList{QStringLiteral("Sprawdzanie bazy firma.mdb..."), QString()}));
+  EXPECT_EQ(frame.status, (QStringList{QStringLiteral("Sprawdzanie bazy firma.mdb..."), QString()}));
   EXPECT_TRUE(messages.shown.empty());
   EXPECT_TRUE(BaseCheck(session, path, {}, {.askToUpdate = true, .reportNames = false, .quiet = false}).ok);
-  EXPECT_EQ(frame.texts.size(), 2);
+  EXPECT_EQ(frame.status.size(), 2);
   const ProgramVersion version = programVersion();
   expectRefusal(
       QStringLiteral("Baza: %1 posiada strukturę danych programu: Tandeko w wersji: %2.%3. Baza może "

@@ -9,10 +9,28 @@
 
 namespace tandeko {
 
+namespace {
+
+// In a narrow pane the middle of the text gives way: whose items they are and how many stay legible.
+class ElidedLabel : public QLabel {
+ public:
+  using QLabel::QLabel;
+
+ protected:
+  void paintEvent(QPaintEvent*) override {
+    QPainter painter(this);
+    painter.setPen(palette().color(QPalette::WindowText));
+    painter.drawText(contentsRect(), static_cast<int>(alignment()),
+                     fontMetrics().elidedText(text(), Qt::ElideMiddle, contentsRect().width()));
+  }
+};
+
+}  // namespace
+
 Pane::Pane(const QString& name, const QString& labelName, const QString& caption, QWidget* control)
     : head_(new QWidget(this)),
       label_(new QLabel(caption, head_)),
-      info_(new QLabel(head_)),
+      info_(new ElidedLabel(head_)),
       control_(control) {
   setObjectName(name);
   label_->setObjectName(labelName);
