@@ -9,6 +9,7 @@ namespace jet {
 namespace {
 
 constexpr char kSource[] = "DAO.Recordset";
+constexpr size_t kMostKnown = 10'000;  // keys of a relationship that are remembered
 
 bool touches(const RealIndex& index, const std::vector<bool>& changed) {
   return changed.empty() ||
@@ -138,16 +139,20 @@ void Cascade::removeRow(const Step& step) {
 
 // Every foreign key of the row that is not Null, at least of those with a changed column, must be there.
 void Cascade::checkForeign(Table& table, std::span<const Value> values, const std::vector<bool>& changed,
-                           bool isCascaded) const {
-  for (const References::Foreign& side : references(table).foreign()) {
+                           bool isCascaded, KnownKeys* known) const {
+  const auto& sides = references(table).foreign();
+  if (known) known->resize(sides.size());
+  for (size_t i = 0; i < sides.size(); ++i) {
+    const References::Foreign& side = sides[i];
     const RealIndex& own = table.def_->realIndexes[static_cast<size_t>(side.real)];
     if (!touches(own, changed)) continue;
     const RealIndex& theirs = side.primary->realIndexes[static_cast<size_t>(side.primaryReal)];
     const std::string key = referenceKey(own, values, *side.primary, theirs);
-    if (key.empty()) continue;
+    if (key.empty() || (known && (*known)[i].contains(key))) continue;
     if (!indexTree(table.catalog_.pager(), *side.primary, side.primaryReal).containsKey(asBytes(key))) {
       throw Error(isCascaded ? 3397 : 3201, {side.primary->name}, kSource);
     }
+    if (known && (*known)[i].size() < kMostKnown) (*known)[i].insert(key);
   }
 }
 

@@ -36,7 +36,7 @@ class Cascade {
   void updateRow(const Step& step);
   void removeRow(const Step& step);
   void checkForeign(Table& table, std::span<const Value> values, const std::vector<bool>& changed,
-                    bool isCascaded) const;
+                    bool isCascaded, KnownKeys* known = nullptr) const;
   std::vector<RowId> rowsWithKey(const References::Primary& side, const std::string& key) const;
   [[noreturn]] void rethrowCascaded(const Error& error, const Step& step) const;
 

@@ -252,7 +252,7 @@ void TableCheck::checkIndex(size_t real) {
       someNull = someNull || values[static_cast<size_t>(part.ordinal)].isNull();
     }
     if (someNull && index.required) fault_(name + u", " + describe(id) + u": Null in a required column");
-    if (exact && rows_.key(index, values) != std::string(asChars(key)))
+    if (exact && rows_.key(real, values) != std::string(asChars(key)))
       fault_(name + u", " + describe(id) + u": key differs from the row");
     if (index.unique && !someNull && found.size() > 1 && previous == asChars(key))
       fault_(name + u", " + describe(id) + u": key is there twice");

@@ -89,7 +89,7 @@ void FileCatalog::buildIndex(const TableDefPtr& def, int real, uint32_t& uniqueE
       someNull = someNull || values[part.ordinal].isNull();
     }
     if (someNull && index.required) throw Error(3058);
-    if (auto key = rows.key(index, values)) pending.push_back({{std::move(*key), scan.id()}, someNull});
+    if (auto key = rows.key(static_cast<size_t>(real), values)) pending.push_back({{std::move(*key), scan.id()}, someNull});
   }
   const auto less = [](const Pending& a, const Pending& b) {
     const int order = a.entry.key.compare(b.entry.key);

@@ -29,25 +29,36 @@ bool isInline(const std::string& field) {
   return field.size() > kLongValueHead && (get32(asBytes(field).data()) & 0xC0000000) == kInlineKind;
 }
 
+uint8_t* countsIn(PageEdit& definition) {
+  if (definition.data()[0] != static_cast<uint8_t>(PageKind::TableDef))
+    throwDamaged(u"not a table definition page", definition.number());
+  return definition.data();
+}
+
+// The statistics of the first kCountedIndexes indexes are on the definition's first page.
+void addUnique(uint8_t* definition, const FileLayout& layout, size_t index, uint32_t count) {
+  uint8_t* entries = definition + layout.tdefBlocks + index * layout.indexStatSize + 4;
+  put32(entries, get32(entries) + count);
+}
+
 }  // namespace
 
 void addToCounts(Pager& pager, PageNumber definition, int64_t rowDelta, std::optional<int32_t> lastAutoNumber,
                  uint64_t newKeys) {
   const FileLayout& layout = pager.layout();
   PageEdit page = pager.write(definition);
-  uint8_t* p = page.data();
-  if (p[0] != static_cast<uint8_t>(PageKind::TableDef)) {
-    throwDamaged(u"not a table definition page", definition);
-  }
+  uint8_t* p = countsIn(page);
   const int64_t rows = std::clamp<int64_t>(int64_t{get32(p + layout.tdefRowCount)} + rowDelta, 0, 0xFFFFFFFF);
   put32(p + layout.tdefRowCount, static_cast<uint32_t>(rows));
   if (lastAutoNumber) put32(p + layout.tdefAutoNumber, static_cast<uint32_t>(*lastAutoNumber));
-  for (uint32_t i = 0; newKeys != 0; ++i, newKeys >>= 1) {
-    if ((newKeys & 1) == 0) continue;
-    uint8_t* uniqueEntries =
-        p + layout.tdefBlocks + i * layout.indexStatSize + 4;  // of 64: on the first page
-    put32(uniqueEntries, get32(uniqueEntries) + 1);
-  }
+  for (size_t i = 0; newKeys != 0; ++i, newKeys >>= 1)
+    if (newKeys & 1) addUnique(p, layout, i, 1);
+}
+
+void addToUniqueEntries(Pager& pager, PageNumber definition, size_t index, uint32_t count) {
+  if (count == 0 || index >= kCountedIndexes) return;
+  PageEdit page = pager.write(definition);
+  addUnique(countsIn(page), pager.layout(), index, count);
 }
 
 RowStore::RowStore(Pager& pager, TableDefPtr def)
@@ -64,12 +75,36 @@ Value RowStore::value(const RowReader& row, int ordinal) const {
   return isJet3(*def_) ? decodeAnsi(bytes, def_->rowLayout.codePage) : decodeText(bytes);
 }
 
-std::optional<std::string> RowStore::key(const RealIndex& index, std::span<const Value> values) const {
-  std::vector<Value> parts;
-  for (const IndexColumn& part : index.columns) parts.push_back(values[part.ordinal]);
-  const bool allNull = std::all_of(parts.begin(), parts.end(), [](const Value& v) { return v.isNull(); });
-  if (index.ignoreNulls && allNull) return std::nullopt;
-  return encodeKey(def_->keyColumns(index, isJet3(*def_)), parts);
+const RowStore::KeyPlan& RowStore::keyPlan(size_t index) const {
+  if (keyPlans_.empty()) {
+    const bool jet3 = isJet3(*def_);
+    for (const RealIndex& real : def_->realIndexes) {
+      KeyPlan plan{def_->keyColumns(real, jet3)};
+      for (const KeyColumn& column : plan.columns)
+        plan.isKnownOrder = plan.isKnownOrder && (!column.collation || column.collation->isExact());
+      keyPlans_.push_back(std::move(plan));
+    }
+  }
+  return keyPlans_[index];
+}
+
+// False when the index has no entry for the row.
+bool RowStore::appendKey(size_t index, std::span<const Value> values, std::string& key) const {
+  const RealIndex& real = def_->realIndexes[index];
+  const KeyPlan& plan = keyPlan(index);
+  bool allNull = true;
+  for (size_t i = 0; i < plan.columns.size(); ++i) {
+    const Value& value = values[real.columns[i].ordinal];
+    allNull = allNull && value.isNull();
+    appendKeyColumn(plan.columns[i], value, key);
+  }
+  return !allNull || !real.ignoreNulls;
+}
+
+std::optional<std::string> RowStore::key(size_t index, std::span<const Value> values) const {
+  std::string key;
+  if (!appendKey(index, values, key)) return std::nullopt;
+  return key;
 }
 
 // Values of the columns that some index has; Null for the others.
@@ -84,12 +119,8 @@ std::vector<Value> RowStore::indexedValues(const RowReader& row) const {
 }
 
 // Keys in an order that is not known byte for byte are neither made nor found.
-void RowStore::requireKnownOrder(const RealIndex& index) const {
-  for (const IndexColumn& part : index.columns) {
-    const ColumnDef& column = def_->columns[part.ordinal];
-    const bool text = column.type() == Type::Text || column.type() == Type::Memo;
-    if (text && !Collation::get(column.lcid, isJet3(*def_)).isExact()) throw Error(3027, {}, "DAO.Recordset");
-  }
+void RowStore::requireKnownOrder(size_t index) const {
+  if (!keyPlan(index).isKnownOrder) throw Error(3027, {}, "DAO.Recordset");
 }
 
 // A boolean is never Null; an absent one is False.
@@ -101,20 +132,21 @@ bool RowStore::hasNull(const RealIndex& index, std::span<const Value> values) co
 
 // `keys` by index; those of `unchanged` indexes are good as they are.
 void RowStore::checkKeys(std::span<const Value> values, std::span<const std::optional<std::string>> keys,
-                         std::span<const std::optional<std::string>> unchanged, RowId self) const {
+                         std::span<const std::optional<std::string>> unchanged, RowId self,
+                         const Batch* batch) const {
   const auto each = [&](const auto& check) {
     for (size_t i = 0; i < keys.size(); ++i) {
-      if (unchanged.empty() || keys[i] != unchanged[i]) check(def_->realIndexes[i], keys[i]);
+      if (unchanged.empty() || keys[i] != unchanged[i]) check(def_->realIndexes[i], i);
     }
   };
-  each([&](const RealIndex& index, const auto&) {
+  each([&](const RealIndex& index, size_t) {
     if (index.required && hasNull(index, values)) throw Error(3058, {}, "DAO.Recordset");
   });
-  each([&](const RealIndex& index, const std::optional<std::string>& key) {
-    if (index.unique && key && !hasNull(index, values) &&
-        treeOf(pager_, *def_, index).containsKey(asBytes(*key), self)) {
-      throw Error(3022, {}, "DAO.Recordset");
-    }
+  each([&](const RealIndex& index, size_t i) {
+    if (!index.unique || !keys[i] || hasNull(index, values)) return;
+    const bool isThere = batch ? batch->containsKey(i, *keys[i])
+                               : treeOf(pager_, *def_, index).containsKey(asBytes(*keys[i]), self);
+    if (isThere) throw Error(3022, {}, "DAO.Recordset");
   });
 }
 
@@ -144,7 +176,7 @@ void RowStore::removeLongValue(const RowReader& row, int ordinal) const {
 }
 
 // Values that stand in the row move out, longest first, until the row is short enough.
-std::string RowStore::encode(std::vector<Value>& values, std::vector<std::string>& longValues) const {
+std::string RowStore::encode(std::span<const Value> values, std::vector<std::string>& longValues) const {
   for (;;) {
     try {
       return encodeRow(def_->rowLayout, values, longValues);
@@ -165,7 +197,7 @@ std::string RowStore::encode(std::vector<Value>& values, std::vector<std::string
 // The index's bit when the key is new in it.
 uint64_t RowStore::insertKey(size_t index, const std::string& key, RowId row) const {
   const bool isNew = treeOf(pager_, *def_, def_->realIndexes[index]).insert(asBytes(key), row);
-  return isNew && index < 64 ? uint64_t{1} << index : 0;
+  return isNew && index < kCountedIndexes ? uint64_t{1} << index : 0;
 }
 
 // Files exist in which characters such as Æ or ß carry other weights: an entry that is not under its row's
@@ -182,22 +214,29 @@ void RowStore::removeKey(size_t index, const std::string& key, RowId row) const 
 }
 
 RowId RowStore::insert(std::span<const Value> values, std::optional<int32_t> lastAutoNumber) {
-  std::vector<Value> row(values.begin(), values.end());
-  std::vector<std::string> longValues(row.size());
-  std::vector<std::optional<std::string>> keys;
-  for (const RealIndex& index : def_->realIndexes) {
-    requireKnownOrder(index);
-    keys.push_back(key(index, values));
+  return insert(values, lastAutoNumber, nullptr);
+}
+
+RowId RowStore::insert(std::span<const Value> values, std::optional<int32_t> lastAutoNumber, Batch* batch) {
+  keys_.resize(def_->realIndexes.size());
+  for (size_t i = 0; i < keys_.size(); ++i) {
+    requireKnownOrder(i);
+    if (keys_[i])
+      keys_[i]->clear();
+    else
+      keys_[i].emplace();
+    if (!appendKey(i, values, *keys_[i])) keys_[i].reset();
   }
-  checkKeys(values, keys, {}, {});
-  for (size_t i = 0; i < row.size(); ++i) {
-    if (def_->columns[i].isLongValue()) longValues[i] = writeLongValue(static_cast<int>(i), row[i]);
+  checkKeys(values, keys_, {}, {}, batch);
+  longValues_.assign(values.size(), {});
+  for (size_t i = 0; i < values.size(); ++i) {
+    if (def_->columns[i].isLongValue()) longValues_[i] = writeLongValue(static_cast<int>(i), values[i]);
   }
-  const std::string bytes = encode(row, longValues);
+  const std::string bytes = encode(values, longValues_);
   const RowId id = heap_.insert(asBytes(bytes));
   uint64_t newKeys = 0;
-  for (size_t i = 0; i < keys.size(); ++i) {
-    if (keys[i]) newKeys |= insertKey(i, *keys[i], id);
+  for (size_t i = 0; i < keys_.size(); ++i) {
+    if (keys_[i]) newKeys |= batch ? batch->add(i, *keys_[i], id) : insertKey(i, *keys_[i], id);
   }
   addToCounts(pager_, def_->page, 1, lastAutoNumber, newKeys);
   return id;
@@ -220,13 +259,14 @@ void RowStore::update(RowId row, std::span<const Change> changes) {
   }
 
   std::vector<std::optional<std::string>> oldKeys, newKeys;
-  for (const RealIndex& index : def_->realIndexes) {
-    oldKeys.push_back(key(index, before));
-    newKeys.push_back(key(index, after));
+  for (size_t i = 0; i < def_->realIndexes.size(); ++i) {
+    const RealIndex& index = def_->realIndexes[i];
+    oldKeys.push_back(key(i, before));
+    newKeys.push_back(key(i, after));
     const bool touched =
         std::any_of(index.columns.begin(), index.columns.end(),
                     [&](const IndexColumn& part) { return before[part.ordinal] != after[part.ordinal]; });
-    if (touched) requireKnownOrder(index);
+    if (touched) requireKnownOrder(i);
   }
   checkKeys(after, newKeys, oldKeys, row);
 
@@ -262,7 +302,7 @@ void RowStore::remove(RowId row) {
   const RowReader reader(def_->rowLayout, asBytes(old), present->where);
   const std::vector<Value> values = indexedValues(reader);
   for (size_t i = 0; i < def_->realIndexes.size(); ++i) {
-    if (const auto k = key(def_->realIndexes[i], values)) removeKey(i, *k, row);
+    if (const auto k = key(i, values)) removeKey(i, *k, row);
   }
   for (size_t i = 0; i < def_->columns.size(); ++i) removeLongValue(reader, static_cast<int>(i));
   heap_.remove(row);

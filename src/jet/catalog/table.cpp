@@ -75,22 +75,37 @@ std::optional<std::vector<Value>> Table::read(RowId row) const {
 }
 
 RowId Table::insert(std::vector<std::optional<Value>> given) {
-  given.resize(def_->columns.size());
   Transaction change(catalog_.pager());
-  std::vector<Value> values(given.size());
-  std::optional<int32_t> autoNumber;
   const int32_t lastBefore = lastAutoNumber_;
-  fill(given, values, autoNumber);
   try {
-    checkValues(values, {});
-    const RowId row = rows_.insert(values, autoNumber);
-    if (!Cascade::references(*this).foreign().empty()) Cascade(*this).checkForeign(*this, values, {}, false);
+    const RowId row = insertChecked(std::move(given), nullptr, [this](const auto& values, auto autoNumber) {
+      return rows_.insert(values, autoNumber);
+    });
     change.commit();
     return row;
   } catch (...) {
     lastAutoNumber_ = lastBefore;
     throw;
   }
+}
+
+RowId Table::Insertion::insert(std::vector<std::optional<Value>> given) {
+  return table_.insertChecked(std::move(given), &known_, [this](const auto& values, auto autoNumber) {
+    return batch_.insert(values, autoNumber);
+  });
+}
+
+template <typename Store>
+RowId Table::insertChecked(std::vector<std::optional<Value>> given, KnownKeys* known, const Store& store) {
+  given.resize(def_->columns.size());
+  std::vector<Value> values(given.size());
+  std::optional<int32_t> autoNumber;
+  fill(given, values, autoNumber);
+  checkValues(values, {});
+  const RowId row = store(values, autoNumber);
+  if (!Cascade::references(*this).foreign().empty())
+    Cascade(*this).checkForeign(*this, values, {}, false, known);
+  return row;
 }
 
 // `autoNumber` gets the definition's new last AutoNumber when that changes.

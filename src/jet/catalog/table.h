@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <unordered_set>
 
 #include "jet/catalog/catalog.h"
 #include "jet/catalog/references.h"
@@ -11,6 +12,9 @@
 #include "jet/storage/btree.h"
 
 namespace jet {
+
+// Keys that are known to be there, by relationship. Nothing may delete rows while this is kept.
+using KnownKeys = std::vector<std::unordered_set<std::string>>;
 
 // Evaluates default values and validation rules; the SQL layer gives the real one to the tables it opens.
 class RuleEvaluator {
@@ -52,6 +56,21 @@ class Table {
   // of the columns' types (sql/convert.h converts). Checks in order: Required (3314), zero length (3315),
   // size (3163), rules (3316, 3317), Null in a key (3058), unique (3022), related record (3201).
   RowId insert(std::vector<std::optional<Value>> values);
+  // Many rows one after another, as insert() makes them, inside one level of the caller's: when a row throws
+  // that level must be rolled back. Until finish() indexes that are not unique may lack the new rows.
+  class Insertion {
+   public:
+    // `memory`: bytes that may wait for finish().
+    explicit Insertion(Table& table, size_t memory = size_t{32} << 20)
+        : table_(table), batch_(table.rows_, memory) {}
+    RowId insert(std::vector<std::optional<Value>> values);
+    void finish() { batch_.finish(); }
+
+   private:
+    Table& table_;
+    RowStore::Batch batch_;
+    KnownKeys known_;
+  };
   // Changes the named columns: the checks of insert for them, and 3200 or a cascade for rows that refer to
   // this one. Inside a cascade the numbers are 3396-3411. Throws 3167 when the row is gone.
   using Change = RowStore::Change;
@@ -88,6 +107,9 @@ class Table {
  private:
   friend class Cascade;
 
+  // Calls store(values, autoNumber) for a row that is complete and checked.
+  template <typename Store>
+  RowId insertChecked(std::vector<std::optional<Value>> given, KnownKeys* known, const Store& store);
   void fill(std::vector<std::optional<Value>>& given, std::vector<Value>& values,
             std::optional<int32_t>& autoNumber);
   // `changed` empty: every column.

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "jet/catalog/table_def.h"
-#include "jet/dao/key_sorter.h"
+#include "jet/storage/key_sorter.h"
 #include "jet/storage/heap.h"
 #include "jet/storage/long_value.h"
 

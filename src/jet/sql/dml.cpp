@@ -41,12 +41,22 @@ std::vector<int> targets(const TableDef& table, const std::vector<std::u16string
   return ordinals;
 }
 
-void insertRow(Table& table, const std::vector<int>& ordinals, const std::function<Value(size_t)>& value,
-               StatementContext& c) {
+// A new row of the table; value(i) gives the value of the column ordinals[i].
+template <typename ValueAt>
+std::vector<std::optional<Value>> newRow(const Table& table, const std::vector<int>& ordinals,
+                                         const ValueAt& value, const EvalContext& c) {
   std::vector<std::optional<Value>> row(table.def().columns.size());
   for (size_t i = 0; i < ordinals.size(); ++i)
-    row[static_cast<size_t>(ordinals[i])] = converted(table, ordinals[i], value(i), c.context);
-  table.insert(std::move(row));
+    row[static_cast<size_t>(ordinals[i])] = converted(table, ordinals[i], value(i), c);
+  return row;
+}
+
+void insertRows(Table& table, const std::vector<int>& ordinals, const Collected& rows, const EvalContext& c) {
+  Table::Insertion insertion(table);
+  for (const uint32_t row : rows.order)
+    insertion.insert(newRow(
+        table, ordinals, [&](size_t i) { return rows.store->value(row, i); }, c));
+  insertion.finish();
 }
 
 bool hasAutoNumber(const TableDef& table) {
@@ -67,9 +77,7 @@ int64_t insertQuery(const ast::Insert& s, Table& table, std::vector<int> ordinal
     for (const ResultColumn& column : columns) ordinals.push_back(ordinalOf(table.def(), column.name));
   if (ordinals.size() != columns.size()) throw Error(3346, {}, "DAO.Database");
   const Collected all = collectRows(*rows, c.context);
-  for (const uint32_t row : all.order)
-    insertRow(
-        table, ordinals, [&](size_t i) { return all.store->value(row, i); }, c);
+  insertRows(table, ordinals, all, c.context);
   if (!all.order.empty()) noteAutoNumber(table, c);
   return static_cast<int64_t>(all.order.size());
 }
@@ -109,8 +117,8 @@ int64_t runInsert(const ast::Insert& s, StatementContext& c) {
   std::vector<ExpressionPtr> values;
   for (const auto& value : s.values) values.push_back(binder.expression(*value, scope));
   binder.finish();
-  insertRow(
-      table, ordinals, [&](size_t i) { return values[i]->value(c.context); }, c);
+  table.insert(newRow(
+      table, ordinals, [&](size_t i) { return values[i]->value(c.context); }, c.context));
   noteAutoNumber(table, c);
   return 1;
 }
@@ -223,9 +231,7 @@ int64_t runSelectInto(const ast::Query& s, StatementContext& c) {
   std::vector<int> ordinals(table.columns.size());
   for (size_t i = 0; i < ordinals.size(); ++i)
     ordinals[i] = created.def().columnOrdinal(table.columns[i].name);
-  for (const uint32_t row : all.order)
-    insertRow(
-        created, ordinals, [&](size_t i) { return all.store->value(row, i); }, c);
+  insertRows(created, ordinals, all, c.context);
   return static_cast<int64_t>(all.order.size());
 }
 

@@ -10,9 +10,6 @@ namespace jet {
 
 namespace {
 
-// Keys up to this length leave room for two node entries on a page, and so for every split.
-size_t maxKey(const FileLayout& layout) { return layout.version == Version::Jet3 ? 850 : 1700; }
-
 void appendBigEndian(std::string& entry, uint32_t v) {
   uint8_t bytes[4];
   put32be(bytes, v);
@@ -23,6 +20,16 @@ void appendBigEndian(std::string& entry, uint32_t v) {
 
 BTree::BTree(Pager& pager, PageNumber definition, PageNumber root, RowId map)
     : pager_(pager), definition_(definition), root_(root), map_(map) {}
+
+// Keys up to this length leave room for two node entries on a page, and so for every split.
+void BTree::requireShort(Bytes key) const {
+  if (key.size() > (pager_.layout().version == Version::Jet3 ? 850 : 1700)) throw Error(3393);
+}
+
+void BTree::makeEntry(const IndexTarget& target, std::string& entry) {
+  entry.assign(asChars(target.key));
+  appendBigEndian(entry, target.row);
+}
 
 PageNumber BTree::createRoot(Pager& pager, PageNumber definition) {
   PageEdit page = PageAllocator(pager).allocate();
@@ -62,45 +69,56 @@ PageEdit BTree::newPage(int level) {
   return page;
 }
 
-bool BTree::insert(Bytes key, RowId row) {
-  if (key.size() > maxKey(pager_.layout())) throw Error(3393);
-  const IndexTarget target{key, row.stored()};
-  Path path;
-  PageNumber number;
-  uint32_t start;
-  bool newKey = true;
-  {
-    const PageView leaf = descend(target, &path);
-    const IndexPage page = view(leaf);
-    number = leaf.number();
-    start = page.find(target);
-    if (start < page.used() && page.entry(start).hasKey(key)) {
-      if (page.entry(start).row() == target.row) return false;
-      newKey = false;
-    }
-    if (start > 0 && page.entry(page.entryStart(start), start).hasKey(key)) newKey = false;
+BTree::Place BTree::place(const IndexPage& leaf, const IndexTarget& target) {
+  Place place{leaf.find(target), false, true};
+  if (place.start < leaf.used()) {
+    const EntryView next = leaf.entry(place.start);
+    place.newKey = !next.hasKey(target.key);
+    place.isThere = !place.newKey && next.row() == target.row;
   }
+  if (place.newKey && place.start > 0)
+    place.newKey = !leaf.entry(leaf.entryStart(place.start), place.start).hasKey(target.key);
+  return place;
+}
+
+bool BTree::insert(Bytes key, RowId row) {
   std::string entry;
-  entry.reserve(key.size() + kEntryRowBytes);
-  entry += asChars(key);
-  appendBigEndian(entry, row.stored());
-  insertEntry(path, path.depth, number, start, asBytes(entry));
-  return newKey;
+  PageNumber leaf = 0;
+  return insert({key, row.stored()}, entry, leaf);
+}
+
+bool BTree::insert(const IndexTarget& target, std::string& entry, PageNumber& leaf) {
+  requireShort(target.key);
+  Path path;
+  Place at;
+  PageNumber number;
+  {
+    const PageView page = descend(target, &path);
+    number = page.number();
+    at = place(view(page), target);
+  }
+  leaf = number;
+  if (at.isThere) return false;
+  makeEntry(target, entry);
+  if (!insertEntry(path, path.depth, number, at.start, asBytes(entry))) leaf = 0;
+  return at.newKey;
 }
 
 // Puts an entry before the one at `start` of a page that is path.depth - depth levels above the leaves.
-void BTree::insertEntry(const Path& path, int depth, PageNumber number, uint32_t start, Bytes entry) {
+bool BTree::insertEntry(const Path& path, int depth, PageNumber number, uint32_t start, Bytes entry) {
   PageEdit page = pager_.write(number);
   const IndexPage at = view(page);
-  if (index_page::insert(page.bytes(), pager_.layout(), at, start, entry)) return;
+  if (index_page::insert(page.bytes(), pager_.layout(), at, start, entry)) return true;
   EntryList entries(pager_.layout(), at);
   const std::vector<uint16_t> ends = at.entryEnds();
   const size_t index = static_cast<size_t>(std::upper_bound(ends.begin(), ends.end(), start) - ends.begin());
   entries.insert(index, asChars(entry));
-  if (entries.fits(0, entries.size()))
+  if (entries.fits(0, entries.size())) {
     entries.store(page.bytes(), 0, entries.size());
-  else
-    split(path, depth, std::move(page), entries, index);
+    return true;
+  }
+  split(path, depth, std::move(page), entries, index);
+  return false;
 }
 
 void BTree::split(const Path& path, int depth, PageEdit page, const EntryList& entries, size_t added) {

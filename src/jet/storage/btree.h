@@ -79,6 +79,8 @@ class BTree {
   PageNumber root() const { return root_; }
 
  private:
+  friend class BTreeInserter;
+
   // The nodes from the root down to a leaf, each with the entry that leads on (or its used(): the tail).
   struct Path {
     struct Step {
@@ -93,7 +95,19 @@ class BTree {
   PageView descend(const IndexTarget& target, Path* path) const;
   PageEdit edit(PageNumber page, int level);
   PageEdit newPage(int level);
-  void insertEntry(const Path& path, int depth, PageNumber number, uint32_t start, Bytes entry);
+  // Where an entry goes in its leaf. `isThere`: it is there already.
+  struct Place {
+    uint32_t start = 0;
+    bool isThere = false, newKey = true;
+  };
+  static Place place(const IndexPage& leaf, const IndexTarget& target);
+  void requireShort(Bytes key) const;
+  static void makeEntry(const IndexTarget& target, std::string& entry);
+  // As insert(key, row); `entry` is room for the entry. Returns in `leaf` the page that has it now, 0 when a
+  // page was split.
+  bool insert(const IndexTarget& target, std::string& entry, PageNumber& leaf);
+  // False when the page was split.
+  bool insertEntry(const Path& path, int depth, PageNumber number, uint32_t start, Bytes entry);
   void split(const Path& path, int depth, PageEdit page, const EntryList& entries, size_t added);
   void splitRoot(PageEdit root, const EntryList& entries, size_t cut);
   void removeChild(const Path& path, int depth);

@@ -447,9 +447,30 @@ TEST_F(TableTest, AgreesWithAMap) {
     for (const int32_t child : children)
       if (model.contains(child)) removeFromModel(child);
   };
+  // Rows that go in together refer to each other too; one that is refused takes all back.
+  const auto insertMany = [&] {
+    Transaction level(*db_.pager);
+    Table::Insertion insertion(*table, random() % 2 ? 500 : 100'000);
+    std::map<int32_t, Row> added;
+    for (size_t count = random() % 60; added.size() < count;) {
+      const auto id = static_cast<int32_t>(random() % 20000);
+      std::vector<Value> values = randomRow(id);
+      if (!added.empty() && random() % 4 == 0) values[1] = Value(added.rbegin()->first);
+      RowId where;
+      const int error = errorOf([&] { where = insertion.insert({values.begin(), values.end()}); });
+      ASSERT_EQ(error, model.contains(id) || added.contains(id) ? 3022 : 0);
+      if (error != 0) return;
+      added[id] = {where, std::move(values)};
+    }
+    insertion.finish();
+    level.commit();
+    model.merge(added);
+  };
   for (int step = 0; step < 10000; ++step) {
     const size_t action = random() % 10;
-    if (action < 5 || model.empty()) {
+    if (step % 100 == 0) {
+      ASSERT_NO_FATAL_FAILURE(insertMany());
+    } else if (action < 5 || model.empty()) {
       const auto id = static_cast<int32_t>(random() % 20000);
       std::vector<Value> values = randomRow(id);
       std::vector<std::optional<Value>> given(values.begin(), values.end());

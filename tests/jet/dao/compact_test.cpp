@@ -8,7 +8,7 @@
 
 #include "database_text.h"
 #include "jet/catalog/row_store.h"
-#include "jet/dao/key_sorter.h"
+#include "jet/storage/key_sorter.h"
 #include "support/fault_env.h"
 #include "support/other_reader.h"
 #include "support/process.h"

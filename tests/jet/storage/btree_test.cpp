@@ -1,4 +1,4 @@
-#include "jet/storage/btree.h"
+#include "jet/storage/btree_inserter.h"
 
 #include <gmock/gmock.h>
 
@@ -162,6 +162,42 @@ TEST_P(BTreeVersions, KeysInOrderFillTheirPages) {
     const size_t ideal = kCount * 6 / IndexPage::capacity(file.pager().layout());
     EXPECT_LE(tree.pages().size(), ideal * 11 / 10 + 4) << rising;
   }
+}
+
+// Runs of ascending keys between random ones, and keys that come again.
+TEST_P(BTreeVersions, InserterAgreesWithASet) {
+  std::mt19937 random(23);
+  const size_t limit = GetParam() == Version::Jet3 ? 850 : 1700;
+  Tree file(GetParam());
+  std::set<std::pair<std::string, RowId>> model;
+  BTreeInserter inserter(file.tree());
+  const auto contains = [&](const std::string& key) {
+    const auto found = model.lower_bound({key, {}});
+    return found != model.end() && found->first == key;
+  };
+  for (int run = 0; run < 60; ++run) {
+    std::vector<std::pair<std::string, RowId>> entries;
+    const bool longKeys = random() % 3 != 0;
+    for (size_t count = random() % 400; entries.size() < count;) {
+      std::string key = longKeys ? longKey(static_cast<uint32_t>(run * 500 + random() % 300))
+                                 : randomKey(random, limit);
+      entries.push_back({std::move(key), {1 + static_cast<PageNumber>(random() % 3), static_cast<uint8_t>(random())}});
+    }
+    if (run % 4 != 0) std::sort(entries.begin(), entries.end());
+    for (const auto& [key, row] : entries) {
+      ASSERT_EQ(inserter.containsKey(asBytes(key)), contains(key));
+      const bool isNew = inserter.insert(asBytes(key), row);
+      // One leaf alone tells whether a key is new.
+      if (contains(key) == isNew) {
+        ASSERT_TRUE(isNew);
+        ASSERT_GT(file.tree().pages().size(), 1u);
+      }
+      model.emplace(key, row);
+    }
+  }
+  Entries entries;
+  ASSERT_THAT(file.faults(&entries), testing::IsEmpty());
+  EXPECT_EQ(entries, Entries(model.begin(), model.end()));
 }
 
 TEST_P(BTreeVersions, BuildEqualsInserting) {

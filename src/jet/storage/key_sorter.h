@@ -28,6 +28,11 @@ class KeySorter {
   // `someNull`: a column of the key is Null, so that it collides with no other.
   void add(Bytes key, RowId row, bool someNull);
 
+  // Of the entries in memory, in bytes.
+  size_t used() const { return arena_.size() + items_.size() * sizeof(Item); }
+  // Forgets all entries.
+  void clear();
+
   // Ends the adding. Afterwards the entries can be read from the beginning, as often as wanted.
   void startReading();
   bool next(Entry& entry);

@@ -1,4 +1,4 @@
-#include "jet/dao/key_sorter.h"
+#include "jet/storage/key_sorter.h"
 
 #include <algorithm>
 #include <cstring>
@@ -88,7 +88,7 @@ bool KeySorter::less(const Item& a, const Item& b) const {
 }
 
 void KeySorter::add(Bytes key, RowId row, bool someNull) {
-  if (arena_.size() + items_.size() * sizeof(Item) >= memory_) writeRun();
+  if (used() >= memory_) writeRun();
   const Item item{prefixOf(key), arena_.size()};
   arena_.resize(arena_.size() + kRecordHead);
   uint8_t* head = reinterpret_cast<uint8_t*>(arena_.data()) + item.at;
@@ -97,6 +97,15 @@ void KeySorter::add(Bytes key, RowId row, bool someNull) {
   arena_ += asChars(key);
   inOrder_ = inOrder_ && (items_.empty() || less(items_.back(), item));
   items_.push_back(item);
+}
+
+void KeySorter::clear() {
+  arena_.clear();
+  items_.clear();
+  inOrder_ = true;
+  runs_.clear();
+  readers_.clear();
+  fileEnd_ = nextItem_ = 0;
 }
 
 void KeySorter::sortItems() {
