@@ -126,6 +126,7 @@ class Planner {
     Slots slots;
     Conditions own;  // refer to no other input
     double tableRows = 0, rows = 0, cost = 0;
+    int index = -1;  // that its own conditions use
     bool isUsed = false;
   };
   struct Candidate {
@@ -181,8 +182,7 @@ class Planner {
   }
 
   double tableRows(const JoinTree& tree) const {
-    if (tree.kind == JoinTree::Kind::Leaf)
-      return tree.slot->table() ? tree.slot->tableRows() : kUnknownRows;
+    if (tree.kind == JoinTree::Kind::Leaf) return tree.slot->table() ? tree.slot->tableRows() : kUnknownRows;
     double rows = 0;
     for (const auto& input : tree.inputs) rows = std::max(rows, tableRows(*input));
     return rows;
@@ -193,6 +193,7 @@ class Planner {
     input.cost = input.tableRows;
     if (input.tree->kind == JoinTree::Kind::Leaf) {
       if (auto access = chooseIndex(*input.tree->slot, raw(input.own), local_, collation_)) {
+        input.index = access->index;
         input.rows = access->estimate;
         input.cost = kSeekCost + access->estimate * kFetchCost;
         return;
@@ -294,7 +295,13 @@ class Planner {
     result.cost = input.cost + kBuildCost * input.rows + rows;
     if (input.tree->kind == JoinTree::Kind::Leaf) {
       const auto access = chooseIndex(*input.tree->slot, usable, unavailableWith(known), collation_);
-      const double byIndex = access ? rows * (kSeekCost + access->estimate * kFetchCost) : result.cost;
+      if (!access) return result;
+      // The count of an index's keys in the file may be too high: a few keys on the other side that match all
+      // rows here match many each.
+      const double fetched = access->index == input.index
+                                 ? access->estimate
+                                 : std::max(access->estimate, input.tableRows / factor);
+      const double byIndex = rows * (kSeekCost + fetched * kFetchCost);
       if (byIndex < result.cost) {
         result.cost = byIndex;
         result.byIndex = true;

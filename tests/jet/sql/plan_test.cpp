@@ -105,6 +105,20 @@ TEST_F(PlanTest, JoinsStartWhereFewRowsAre) {
                       "c.indewi + 0 = p.indewi * 4"));
 }
 
+TEST_F(PlanTest, ACountOfKeysThatIsTooHighDoesNotChooseTheIndex) {
+  db_->script(
+      "CREATE TABLE kind (k LONG CONSTRAINT pk PRIMARY KEY); CREATE TABLE thing (id COUNTER CONSTRAINT pk "
+      "PRIMARY KEY, k LONG, holder LONG); CREATE INDEX k ON thing (k); CREATE INDEX holder ON thing (holder)");
+  db_->repeat(5, "INSERT INTO kind (k) VALUES (%)");
+  db_->repeat(2000, "INSERT INTO thing (k) VALUES (% + 10)");
+  db_->script("DELETE FROM thing");  // the count in the file stays
+  db_->repeat(2000, "INSERT INTO thing (k, holder) VALUES (1 + % Mod 5, % Mod 9 - 1)");
+  EXPECT_EQ(db_->explain("SELECT * FROM kind, thing WHERE kind.k = thing.k"),
+            "hash join\n  scan thing\n  scan kind\n");
+  EXPECT_EQ(db_->explain("SELECT * FROM kind, thing WHERE kind.k = thing.k AND thing.holder < 0"),
+            "hash join\n  index seek thing.holder (holder range)\n  scan kind\n");
+}
+
 TEST_F(PlanTest, JoinOrderDoesNotChangeTheRows) {
   const std::string expected = db_->rows(
       "SELECT sum(p.indewi), count(*) FROM (ewkar AS p INNER JOIN swgew ON p.indgew = swgew.indgew) INNER "
