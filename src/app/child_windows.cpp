@@ -1,5 +1,6 @@
 #include "app/child_windows.h"
 
+#include <QCoreApplication>
 #include <QMdiSubWindow>
 #include <QPointer>
 #include <algorithm>
@@ -24,15 +25,19 @@ void ChildWindows::showForm(ChildForm* form) {
   // Lists fill the area, as the users work with one big window most of the time.
   const QMdiSubWindow* before = currentSubWindow();
   const bool alone = subWindowList().size() == 1 || (before && before->isMaximized());
-  if (alone && form->formName().startsWith(u"kar")) return window->showMaximized();
+  const bool list = form->formName().startsWith(u"kar");
+  if (alone && list) return window->showMaximized();
   window->show();
+  if (list) window->resize(viewport()->size() * 4 / 5);
   place(*window);
 }
 
 // In the middle, a title bar further than a window that is there already.
 void ChildWindows::place(QMdiSubWindow& window) {
+  // Sizes that a form gave its fields while it was made are only now known to the window.
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
   const QRect area = viewport()->rect();
-  window.resize(window.size().boundedTo(area.size()));
+  window.resize(window.size().expandedTo(window.minimumSizeHint()).boundedTo(area.size()));
   QPoint at = area.center() - window.rect().center();
   const int step = window.fontMetrics().height() * 2;
   const auto taken = [this, &window, &at](const QMdiSubWindow* other) {

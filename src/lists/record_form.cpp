@@ -6,6 +6,7 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QTabWidget>
 
 namespace tandeko {
 
@@ -56,6 +57,13 @@ void RecordForm::closeEvent(QCloseEvent* event) {
 }
 
 void RecordForm::keyPressEvent(QKeyEvent* event) {
+  auto* tabs = findChild<QTabWidget*>();
+  // Ctrl+Tab belongs to the windows of the frame.
+  if (tabs && event->modifiers() == Qt::ControlModifier &&
+      (event->key() == Qt::Key_PageDown || event->key() == Qt::Key_PageUp)) {
+    const int step = event->key() == Qt::Key_PageDown ? 1 : tabs->count() - 1;
+    return tabs->setCurrentIndex((tabs->currentIndex() + step) % tabs->count());
+  }
   const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
   if (event->key() == Qt::Key_Escape)
     close();

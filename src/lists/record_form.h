@@ -7,7 +7,7 @@
 namespace tandeko {
 
 // A form on one record, new or stored: knows whether its fields were changed, offers to save them before
-// it closes, and answers Enter and Esc.
+// it closes, and answers Enter, Esc, and Ctrl+PageUp and Ctrl+PageDown, which turn its pages.
 class RecordForm : public ChildForm {
   Q_OBJECT
 

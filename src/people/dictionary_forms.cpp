@@ -314,7 +314,9 @@ void DictionaryForm::enableButtons() {
   cmdUsun_->setEnabled(may && !isNew() && selectedKey().isValid());
   cmdZapisz_->setEnabled(may && (isNew() || selectedKey().isValid()));
   cmdAnuluj_->setEnabled(may && (edited_ || isNew()));
-  const bool shown = isNew() || selectedKey().isValid();
+  // Not by the list, which is filled anew after a save: a field that is disabled for a moment loses the
+  // focus.
+  const bool shown = isNew() || shown_.isValid();
   for (QLineEdit* field : {txtKey_, txtNazwa_, txtMail_})
     if (field) field->setEnabled(shown);
 }

@@ -89,8 +89,10 @@ TEST_F(DictionaryTest, EntriesAreAddedChangedAndDeleted) {
     if (unit) type(key(), QString::fromUtf16(d.newKey));
     if (line("txtMail")) type(line("txtMail"), u"dzial@firma.example"_s);
     type(line("txtNazwa"), u"Żółw"_s);
-    press("cmdZapisz");
+    line("txtNazwa")->setFocus();
+    QTest::keyClick(line("txtNazwa"), Qt::Key_Return);
     EXPECT_TRUE(messages.shown.empty());
+    EXPECT_EQ(form->focusWidget(), line("txtNazwa"));
     EXPECT_EQ(frameCaption(), u"Właściwości"_s);
     EXPECT_EQ(entries(), before + u"|Żółw"_s);
     EXPECT_EQ(list->currentItem()->text(1), u"Żółw"_s);

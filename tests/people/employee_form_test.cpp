@@ -76,9 +76,12 @@ TEST_F(EmployeeFormTest, ANewEmployeeIsCheckedAndStored) {
   EXPECT_EQ(ask(u"SELECT count(*) FROM swpra"_s), u"3"_s);
   EXPECT_EQ(list.refreshed + panel.refreshed, 0);
 
+  session.settings().store(u"Nie zamykaj"_s, u"1"_s);
+  session.settings().load();
   press("cmdZapisz");
   EXPECT_TRUE(messages.shown.empty());
   EXPECT_TRUE(failures.failures.empty());
+  EXPECT_TRUE(form->isVisible()) << "stays open when the user wants that";
   EXPECT_EQ(form->recordKey(), 4);
   EXPECT_EQ(field<QLineEdit>("txtIndpra")->text(), u"4"_s);
   EXPECT_EQ(form->mode(), u"Popraw"_s);
@@ -89,6 +92,9 @@ TEST_F(EmployeeFormTest, ANewEmployeeIsCheckedAndStored) {
   EXPECT_EQ(stored(u"Wzrost"_s, 4), u"-"_s);
   EXPECT_EQ(list.refreshed, 1);
   EXPECT_EQ(panel.refreshed, 1);
+  press("cmdZapisz");
+  EXPECT_FALSE(form->isVisible()) << "it is no new employee any more";
+  EXPECT_EQ(ask(u"SELECT count(*) FROM swpra"_s), u"4"_s);
 }
 
 TEST_F(EmployeeFormTest, EveryFieldIsShownAndStored) {
@@ -134,6 +140,18 @@ TEST_F(EmployeeFormTest, SizesTakeNumbersOnlyAndNothingLongerThanItsField) {
   const auto* email = field<QLineEdit>("txtEmail");
   EXPECT_GT(email->width(),
             email->fontMetrics().horizontalAdvance(u"aleksandra.wisniewska-kowalczyk@zaklady.example"_s));
+}
+
+TEST_F(EmployeeFormTest, KeysTurnThePages) {
+  open(kKowal);
+  const auto* tabs = field<QTabWidget>("tabDane");
+  const std::pair<Qt::Key, int> keys[] = {
+      {Qt::Key_PageDown, 1}, {Qt::Key_PageDown, 2}, {Qt::Key_PageDown, 0}, {Qt::Key_PageUp, 2}};
+  for (const auto& [key, page] : keys) {
+    QTest::keyClick(form->focusWidget(), key, Qt::ControlModifier);
+    EXPECT_EQ(tabs->currentIndex(), page);
+    EXPECT_TRUE(form->focusWidget()->isVisible());
+  }
 }
 
 TEST_F(EmployeeFormTest, OneFormForAnEmployeeAndTwoEmployeesOfOneName) {
