@@ -128,7 +128,7 @@ void DictionaryForm::build() {
   auto* whole = new QHBoxLayout(this);
   whole->addWidget(list_, 1);
   whole->addLayout(right, 1);
-  resize(fontMetrics().averageCharWidth() * 110, fontMetrics().height() * 24);
+  list_->setMinimumSize(fontMetrics().averageCharWidth() * 45, fontMetrics().height() * 20);
 }
 
 QLayout* DictionaryForm::buildFields() {
