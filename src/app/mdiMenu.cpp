@@ -9,6 +9,7 @@
 #include <QStatusBar>
 #include <QToolBar>
 
+#include "app/access_keys.h"
 #include "app/child_forms.h"
 #include "app/form_look.h"
 #include "app/menu_commands.h"
@@ -38,6 +39,7 @@ mdiMenu::mdiMenu(Session& session) : session_(session), look_(session.settings()
   children_ = new ChildWindows(this);
   setCentralWidget(children_);
   buildMenus();
+  new AccessKeys(*menuBar(), *children_);
   buildToolBar();
   buildStatusBar();
   desk_ = new DatabaseDesk(session, *cmbBaza_, *cmbEwiRejestr_, this);
