@@ -3,16 +3,25 @@
 #include <QAction>
 #include <QCalendarWidget>
 #include <QCompleter>
+#include <QHBoxLayout>
 #include <QKeyEvent>
+#include <QLocale>
 #include <QMenu>
-#include <QRegularExpressionValidator>
+#include <QRegularExpression>
 #include <QWidgetAction>
+#include <algorithm>
 
 #include "platform/resources.h"
 #include "platform/statements.h"
 #include "platform/text.h"
 
 namespace tandeko {
+
+namespace {
+
+constexpr int kDecimals = 6, kMoneyDecimals = 4;
+
+}  // namespace
 
 void fillCombo(QComboBox& combo, jet::Database& database, const QString& sql, bool empty) {
   const QVariant chosen = comboKey(combo);
@@ -47,11 +56,13 @@ bool setComboKey(QComboBox& combo, const QVariant& key) {
 void makeSearchable(QComboBox& combo) {
   combo.setEditable(true);
   combo.setInsertPolicy(QComboBox::NoInsert);
+  combo.setDuplicatesEnabled(true);  // Enter must not go to another entry of the same name
   combo.completer()->setCompletionMode(QCompleter::PopupCompletion);
   combo.completer()->setFilterMode(Qt::MatchContains);
   combo.completer()->setCaseSensitivity(Qt::CaseInsensitive);
   // What was typed and is no entry gives way to the entry that is chosen.
   QObject::connect(combo.lineEdit(), &QLineEdit::editingFinished, &combo, [&combo] {
+    if (combo.currentText().compare(combo.itemText(combo.currentIndex()), Qt::CaseInsensitive) == 0) return;
     const int at = combo.findText(combo.currentText(), Qt::MatchFixedString);
     if (at >= 0)
       combo.setCurrentIndex(at);
@@ -76,23 +87,75 @@ void setFieldReadOnly(QWidget& field, bool readOnly, const QColor& background) {
   field.setPalette(readOnly ? colors : usual);
 }
 
+CheckedField::CheckedField(QWidget* parent) : QLineEdit(parent) {
+  // While the user types, an unfinished text is no fault.
+  connect(this, &QLineEdit::textChanged, this, [this] {
+    if (isSound() ? label_ != nullptr : !hasFocus()) showFault();
+  });
+  connect(this, &QLineEdit::editingFinished, this, &CheckedField::showFault);
+}
+
+void CheckedField::showFault() {
+  const QString text = fault();
+  QLayout* layout = parentWidget() ? parentWidget()->layout() : nullptr;
+  if (!label_ && (text.isEmpty() || !layout)) return;
+  if (!label_) {
+    // The field shares its place with the label from now on.
+    const bool focused = hasFocus();
+    setMinimumWidth(std::min(width(), fontMetrics().averageCharWidth() * 15));
+    auto* place = new QWidget(parentWidget());
+    delete layout->replaceWidget(this, place);
+    auto* row = new QHBoxLayout(place);
+    row->setContentsMargins(0, 0, 0, 0);
+    label_ = new QLabel(place);
+    label_->setObjectName(objectName() + QStringLiteral("Blad"));
+    QPalette colors = label_->palette();
+    colors.setColor(QPalette::WindowText, QColor(0xd3, 0x2f, 0x2f));
+    label_->setPalette(colors);
+    row->addWidget(this, 1);
+    row->addWidget(label_);
+    show();
+    place->show();
+    if (focused) setFocus();
+  }
+  label_->setText(text);
+  label_->setVisible(!text.isEmpty());
+  setAccessibleDescription(text);
+}
+
+bool fieldsSound(const QWidget& form, MessageService& messages) {
+  for (auto* field : form.findChildren<CheckedField*>()) {
+    if (field->isSound()) continue;
+    field->showFault();
+    messages.inform(field->fault() + QStringLiteral(": ") + field->text() +
+                    QStringLiteral(". Popraw dane i spróbuj ponownie."));
+    field->setFocus();
+    return false;
+  }
+  return true;
+}
+
 QDate dateFromText(const QString& text) {
   static const QRegularExpression dayFirst(
       QStringLiteral(R"(^\s*(\d{1,2})[.\-/](\d{1,2})[.\-/](\d{4}|\d{2})\s*r?\.?\s*$)"));
   static const QRegularExpression yearFirst(
       QStringLiteral(R"(^\s*(\d{4})[.\-/](\d{1,2})[.\-/](\d{1,2})\s*$)"));
+  constexpr int kFirstYear = 100;
+  int year = 0, month = 0, day = 0;
   if (const auto match = dayFirst.match(text); match.hasMatch()) {
-    int year = match.captured(3).toInt();
+    year = match.captured(3).toInt();
     if (match.capturedLength(3) == 2) year += year < 30 ? 2000 : 1900;
-    return QDate(year, match.captured(2).toInt(), match.captured(1).toInt());
+    month = match.captured(2).toInt();
+    day = match.captured(1).toInt();
+  } else if (const auto other = yearFirst.match(text); other.hasMatch()) {
+    year = other.captured(1).toInt();
+    month = other.captured(2).toInt();
+    day = other.captured(3).toInt();
   }
-  const auto match = yearFirst.match(text);
-  return match.hasMatch()
-             ? QDate(match.captured(1).toInt(), match.captured(2).toInt(), match.captured(3).toInt())
-             : QDate();
+  return year >= kFirstYear ? QDate(year, month, day) : QDate();
 }
 
-DateField::DateField(QWidget* parent) : QLineEdit(parent) {
+DateField::DateField(QWidget* parent) : CheckedField(parent) {
   auto* calendar = addAction(icon("calendar"), TrailingPosition);
   calendar->setToolTip(QStringLiteral("Kalendarz (F4)"));
   connect(calendar, &QAction::triggered, this, &DateField::openCalendar);
@@ -108,6 +171,10 @@ QDate DateField::date() const { return dateFromText(text()); }
 void DateField::setDate(const QDate& date) {
   const QString shown = date.isValid() ? date.toString(QStringLiteral("dd.MM.yyyy")) : QString();
   if (shown != text()) setText(shown);
+}
+
+QString DateField::fault() const {
+  return text().trimmed().isEmpty() || date().isValid() ? QString() : QStringLiteral("Błędna data");
 }
 
 void DateField::keyPressEvent(QKeyEvent* event) {
@@ -137,21 +204,51 @@ void DateField::openCalendar() {
   menu.exec(mapToGlobal(QPoint(0, height())));
 }
 
-NumberField::NumberField(QWidget* parent) : QLineEdit(parent) {
-  setAlignment(Qt::AlignRight);
-  setValidator(new QRegularExpressionValidator(
-      QRegularExpression(QStringLiteral(R"(-?\d{0,12}([.,]\d{0,6})?)")), this));
+std::optional<double> numberFromText(const QString& text, int decimals) {
+  static const QRegularExpression form(QStringLiteral(R"(^[-+]?(\d{0,12})(?:[.,](\d*))?$)"));
+  // Blanks of any kind: Polish texts group digits by one that does not break the line.
+  static const QRegularExpression groups(QStringLiteral(R"((?<=\d)\s(?=\d{3}(?!\d)))"),
+                                         QRegularExpression::UseUnicodePropertiesOption);
+  QString typed = text.trimmed();
+  typed.remove(groups);
+  const auto match = form.match(typed);
+  const auto fraction = match.capturedLength(2);
+  if (!match.hasMatch() || match.capturedLength(1) + fraction == 0 || fraction > decimals)
+    return std::nullopt;
+  return typed.replace(u',', u'.').toDouble();
+}
+
+NumberField::NumberField(QWidget* parent) : CheckedField(parent) {
+  setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+  // A decimal point becomes a comma.
+  connect(this, &QLineEdit::editingFinished, this, [this] {
+    const auto typed = number();
+    if (typed && text() != setText_) setNumber(typed);
+  });
 }
 
 std::optional<double> NumberField::number() const {
-  QString typed = text().trimmed();
-  bool ok = false;
-  const double value = typed.replace(u',', u'.').toDouble(&ok);
-  return ok ? std::optional(value) : std::nullopt;
+  return text() == setText_ ? set_ : numberFromText(text(), money_ ? kMoneyDecimals : kDecimals);
 }
 
 void NumberField::setNumber(std::optional<double> number) {
-  setText(number ? toText(jet::Value(*number)) : QString());
+  set_ = number;
+  setText_ = number ? shown(*number) : QString();
+  if (setText_ != text()) setText(setText_);
+}
+
+QString NumberField::shown(double number) const {
+  QLocale locale;
+  locale.setNumberOptions(QLocale::OmitGroupSeparator);
+  QString digits = locale.toString(number, 'f', money_ ? kMoneyDecimals : kDecimals);
+  const auto least = digits.indexOf(locale.decimalPoint()) + (money_ ? 3 : 1);
+  while (digits.size() > least && digits.endsWith(u'0')) digits.chop(1);
+  if (digits.endsWith(locale.decimalPoint())) digits.chop(1);
+  return digits;
+}
+
+QString NumberField::fault() const {
+  return text().trimmed().isEmpty() || number() ? QString() : QStringLiteral("Błędna liczba");
 }
 
 }  // namespace tandeko

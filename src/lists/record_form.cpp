@@ -8,6 +8,8 @@
 #include <QPlainTextEdit>
 #include <QTabWidget>
 
+#include "lists/form_fields.h"
+
 namespace tandeko {
 
 RecordForm::RecordForm(Session& session, const QString& name, const QString& karParent)
@@ -29,12 +31,14 @@ void RecordForm::watch(QPushButton* cmdZapisz, QPushButton* cmdAnuluj) {
   for (auto* field : findChildren<QCheckBox*>()) connect(field, &QCheckBox::toggled, this, changed);
   connect(cmdZapisz, &QPushButton::clicked, this, [this] {
     const bool isNew = recordKey() < 1;
-    if (save() && !(isNew && session_.settings().program().keepNewFormOpen)) close();
+    if (saveSound() && !(isNew && session_.settings().program().keepNewFormOpen)) close();
   });
   connect(cmdAnuluj, &QPushButton::clicked, this, &QWidget::close);
 }
 
 void RecordForm::setEdited(bool edited) { edited_ = edited; }
+
+bool RecordForm::saveSound() { return fieldsSound(*this, session_.messages()) && save(); }
 
 void RecordForm::closeEvent(QCloseEvent* event) {
   if (edited_ && !readOnly()) {
@@ -44,7 +48,7 @@ void RecordForm::closeEvent(QCloseEvent* event) {
                                       Buttons::YesNoCancel,
                                       Answer::Yes})) {
       case Answer::Yes:
-        if (!save()) return event->ignore();
+        if (!saveSound()) return event->ignore();
         break;
       case Answer::No:
         break;

@@ -24,7 +24,8 @@ class RecordForm : public ChildForm {
   void saved(int key);
 
  protected:
-  // Stores the fields; false, with the reason told, when that is refused or fails.
+  // Stores the fields; false, with the reason told, when that is refused or fails. Called only while every
+  // date and number is a possible one.
   virtual bool save() = 0;
 
   // Watches every field below the form, and the two buttons. To be called once, after the fields exist.
@@ -50,6 +51,8 @@ class RecordForm : public ChildForm {
   Session& session_;
 
  private:
+  bool saveSound();
+
   QString karParent_;
   QPushButton* cmdZapisz_ = nullptr;
   int loading_ = 0;

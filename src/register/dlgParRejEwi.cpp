@@ -19,6 +19,8 @@ const char16_t* const kPerGroupText =
     u"grupy. Zmień "
     u"sposób numeracji i spróbuj ponownie.";
 
+const char16_t* const kRegisterGoneText = u"Rejestr został w międzyczasie usunięty.";
+
 bool checkRegisterName(Session& session, const QString& name, int own) {
   if (name.trimmed().isEmpty()) {
     session.messages().inform(QStringLiteral("Wprowadź nazwę rejestru i spróbuj ponownie."));
@@ -45,6 +47,7 @@ dlgParRejEwi::dlgParRejEwi(Session& session) : session_(session) {
 void dlgParRejEwi::build() {
   txtNazwa_ = new QLineEdit(this);
   txtNazwa_->setObjectName(QStringLiteral("txtNazwa"));
+  txtNazwa_->setMaxLength(registerNameSize(session_.database()));
   auto* label = new QLabel(QStringLiteral("Nazwa rejestru"), this);
   label->setBuddy(txtNazwa_);
   auto* kind = new KindBox(this);
@@ -58,7 +61,7 @@ void dlgParRejEwi::build() {
     made->setObjectName(QString::fromUtf16(name));
     return made;
   };
-  cmdZapisz_ = button(u"cmdZapisz", u"&Zapisz");
+  cmdZapisz_ = button(u"cmdZapisz", u"Za&pisz");
   cmdZastosuj_ = button(u"cmdZastosuj", u"&Zastosuj");
   cmdZamknij_ = button(u"cmdZamknij", u"Anuluj");
 
@@ -132,6 +135,7 @@ bool dlgParRejEwi::mayStore(RegisterData& record, bool& dropSets) {
         break;
       case Answer::No:
         record.kind = QStringLiteral("S");
+        boxes_.front()->show(record);
         break;
       default:
         return false;
@@ -156,10 +160,14 @@ bool dlgParRejEwi::save() {
   return guarded(session_, "dlgParRejEwi.cmdZapisz", [this] {
     RegisterData record = data_;
     record.name = txtNazwa_->text();
+    if (!fieldsSound(*this, session_.messages())) return false;
     for (const RegisterBox* box : boxes_) box->read(record);
     bool dropSets = false;
     if (!mayStore(record, dropSets)) return false;
-    if (!saveRegister(session_.workspace(), session_.database(), record, dropSets)) return false;
+    if (!saveRegister(session_.workspace(), session_.database(), record, dropSets)) {
+      session_.messages().refuse(QString::fromUtf16(kRegisterGoneText));
+      return false;
+    }
     if (session_.frame()) session_.frame()->reloadRegisters();
     showRegister();
     for (const char16_t* view : {u"karEWPAN", u"karEWKAR"}) session_.KarRefresh(QString::fromUtf16(view));

@@ -40,6 +40,7 @@ class dlgParRejEwi : public ChildForm {
 // The messages of the rules that the dialog and the wizard share.
 extern const char16_t* const kNoNumberText;
 extern const char16_t* const kPerGroupText;
+extern const char16_t* const kRegisterGoneText;
 // Tells the user why a register cannot bear a name; true when it can. `own` is the key of the register that
 // has it.
 bool checkRegisterName(Session& session, const QString& name, int own);

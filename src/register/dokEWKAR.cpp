@@ -3,10 +3,11 @@
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QMimeData>
-#include <QUrl>
 
 #include "errors/error_reporter.h"
 #include "lists/form_fields.h"
+#include "lists/lookup_combo.h"
+#include "lists/rst_check.h"
 #include "people/dictionary_forms.h"
 #include "platform/resources.h"
 #include "platform/statements.h"
@@ -32,13 +33,8 @@ void ensureCompany(jet::Database& database) {
 }
 
 QStringList clipboardFiles() {
-  QStringList files;
   const QMimeData* data = QGuiApplication::clipboard()->mimeData();
-  if (!data) return files;
-  for (const QUrl& url : data->urls())
-    if (url.isLocalFile()) files << url.toLocalFile();
-  if (files.isEmpty() && data->hasText()) files << data->text().trimmed();
-  return files;
+  return data ? filesIn(*data) : QStringList();
 }
 
 }  // namespace
@@ -57,7 +53,10 @@ dokEWKAR* dokEWKAR::open(Session& session, const ItemFormRequest& request) {
     if (!requireRegister(session)) return;
     const auto current = loadRegister(session.database(), session.currentRegister());
     if (!current) return;
-    if (request.item > 0 && !loadItem(session.database(), request.item)) return;
+    if (request.item > 0 && !loadItem(session.database(), request.item)) {
+      session.messages().refuse(QString::fromUtf16(kItemGoneText));
+      return;
+    }
     std::unique_ptr<dokEWKAR> made(new dokEWKAR(session, *current, request));
     form = made.release();
     session.frame()->showForm(form);
@@ -73,12 +72,13 @@ dokEWKAR::dokEWKAR(Session& session, const CurrentRegister& current, const ItemF
   ui_->setupUi(this);
   const int character = fontMetrics().averageCharWidth();
   ui_->txtIndewi->setMaximumWidth(character * 10);
-  for (QComboBox* combo : {ui_->cmbPracownik, ui_->cmbParent}) {
-    makeSearchable(*combo);
-    combo->setMinimumWidth(character * 30);
-  }
-  for (QComboBox* combo : {ui_->cmbGrupa, ui_->cmbStan, ui_->cmbParent, ui_->cmbPracownik})
+  for (QComboBox* combo : {ui_->cmbPracownik, ui_->cmbParent, ui_->cmbGrupa, ui_->cmbStan, ui_->cmbIndjed}) {
     combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    makeSearchable(*combo);
+  }
+  for (QComboBox* combo : {ui_->cmbPracownik, ui_->cmbParent}) combo->setMinimumWidth(character * 30);
+  ui_->txtCenazak->setMoney();
+  hideFields();
   fillCombos();
   limitTexts();
   if (request.item > 0) {
@@ -88,6 +88,8 @@ dokEWKAR::dokEWKAR(Session& session, const CurrentRegister& current, const ItemF
     proposed.holder = request.holder;
     proposed.parent = register_.isList() ? 0 : request.parent;
     showItem(proposed);
+    proposeNumber();
+    setEdited(false);
   }
   connectFields();
   setRights();
@@ -99,10 +101,28 @@ dokEWKAR::~dokEWKAR() = default;
 void dokEWKAR::fillCombos() {
   jet::Database& database = session_.database();
   ensureCompany(database);
-  fillCombo(*ui_->cmbPracownik, database, kHolders);
+  fillLookup(*ui_->cmbPracownik, database, kHolders);
   fillCombo(*ui_->cmbGrupa, database, QStringLiteral("SELECT Indgew, Nazwa FROM swgew ORDER BY Nazwa"));
   fillCombo(*ui_->cmbStan, database, QStringLiteral("SELECT Indsew, Nazwa FROM swsew ORDER BY Nazwa"));
   fillCombo(*ui_->cmbIndjed, database, QStringLiteral("SELECT Indjed, Nazwa FROM swjed ORDER BY Nazwa"));
+}
+
+// What the register does not show of its items is no field of theirs either.
+void dokEWKAR::hideFields() {
+  const std::pair<QWidget*, bool> fields[] = {
+      {ui_->txtNumewi, register_.showNumber},
+      {ui_->txtNumkat, register_.showCatalogNumber},
+      {ui_->txtNumser, register_.showSerialNumber},
+      {ui_->txtIlosc, register_.showQuantity},
+      {ui_->txtCenazak, register_.showPrice},
+      {ui_->txtWartosc, register_.showQuantity && register_.showPrice},
+  };
+  for (const auto& [field, shown] : fields) {
+    if (shown) continue;
+    field->hide();
+    for (auto* label : findChildren<QLabel*>())
+      if (label->buddy() == field) label->hide();
+  }
 }
 
 // No text longer than its field can be typed.
@@ -114,6 +134,7 @@ void dokEWKAR::limitTexts() {
                                                            {ui_->txtNumkat, u"Numkat"}};
   for (const auto& [line, name] : fields)
     if (const int size = row->field(name).size(); size > 0) line->setMaxLength(size);
+  ui_->lstZrodlo->setNameSize(linkNameSize(session_.database()));
 }
 
 void dokEWKAR::showItem(const ItemData& item) {
@@ -169,6 +190,12 @@ void dokEWKAR::connectFields() {
   watch(ui_->cmdZapisz, ui_->cmdAnuluj);
   connect(ui_->lstZrodlo, &LinkList::edited, this, [this] { setEdited(true); });
   connect(ui_->lstZrodlo, &LinkList::openRequested, this, &dokEWKAR::openLink);
+  connect(ui_->lstZrodlo, &LinkList::commandRequested, this, &dokEWKAR::run);
+  connect(ui_->lstZrodlo, &LinkList::filesDropped, this, &dokEWKAR::addLinks);
+  connect(ui_->lstZrodlo, &LinkList::renameRefused, this, [this](const QString& name) {
+    session_.messages().inform(QStringLiteral("Dokument o nazwie: ") + name +
+                               QStringLiteral(" jest już na liście. Zmień nazwę i spróbuj ponownie."));
+  });
   connect(ui_->lstZrodlo, &QTreeWidget::currentItemChanged, this, [this] {
     ui_->cmdZrodloPodglad->setEnabled(ui_->lstZrodlo->currentItem() != nullptr);
     Q_EMIT commandsChanged();
@@ -211,10 +238,10 @@ void dokEWKAR::setRights() {
 }
 
 void dokEWKAR::fillSets() {
-  fillCombo(*ui_->cmbParent, session_.database(),
-            QStringLiteral("SELECT indewi, nazwa FROM ewkar WHERE indpra = ") +
-                str(comboNumber(*ui_->cmbPracownik)) + QStringLiteral(" And indewi <> ") + str(item_.id),
-            true);
+  fillLookup(*ui_->cmbParent, session_.database(),
+             QStringLiteral("SELECT indewi, nazwa FROM ewkar WHERE indpra = ") +
+                 str(comboNumber(*ui_->cmbPracownik)) + QStringLiteral(" And indewi <> ") + str(item_.id),
+             true);
 }
 
 void dokEWKAR::proposeNumber() {
@@ -277,9 +304,6 @@ bool dokEWKAR::mayStore(const ItemData& item) {
     case ItemFault::None:
       break;
   }
-  for (DateField* field : {ui_->txtDatazak, ui_->txtData})
-    if (!field->isSound())
-      return refuse(QStringLiteral("Błędna data. Popraw datę i spróbuj ponownie."), field);
   const auto other = itemWithNumber(session_.database(), item.id, item.number);
   return !other || session_.messages().ask(
                        QStringLiteral("Wprowadzony numer ewidencyjny posiada już przedmiot: ") + *other +
@@ -291,13 +315,18 @@ bool dokEWKAR::save() {
     ItemData item = entered();
     if (!mayStore(item)) return false;
     const ItemStore store{session_.workspace(), session_.database(), register_.key};
-    switch (saveItem(store, item, session_.CurrentUserId(), ui_->lstZrodlo->links())) {
+    const auto complete = [this](const jet::Recordset& row) {
+      return RstCheck(session_.database(), row, QStringLiteral("EWKAR"), session_.messages());
+    };
+    switch (saveItem(store, item, session_.CurrentUserId(), ui_->lstZrodlo->links(), complete)) {
+      case SaveResult::Incomplete:
+        return false;
       case SaveResult::WrongSet:
         session_.messages().inform(
             QStringLiteral("Element nie może należeć do wskazanego zestawu. Popraw dane i spróbuj ponownie"));
         return false;
       case SaveResult::Gone:
-        session_.messages().refuse(QStringLiteral("Przedmiot został w międzyczasie usunięty."));
+        session_.messages().refuse(QString::fromUtf16(kItemGoneText));
         return false;
       case SaveResult::Saved:
         break;
@@ -350,9 +379,7 @@ void dokEWKAR::run(Command command) {
       if (const auto link = DocLinkAdd(session_)) ui_->lstZrodlo->replaceSelected(*link);
       return;
     case Command::ZrodloWklej:
-      for (const QString& file : clipboardFiles())
-        if (const auto link = linkTo(session_, file)) ui_->lstZrodlo->add(*link);
-      return;
+      return addLinks(clipboardFiles());
     case Command::ZrodloUsun:
       return ui_->lstZrodlo->removeSelected();
     case Command::ZrodloNazwa:
@@ -360,6 +387,11 @@ void dokEWKAR::run(Command command) {
     default:
       return;
   }
+}
+
+void dokEWKAR::addLinks(const QStringList& files) {
+  for (const QString& file : files)
+    if (const auto link = linkTo(session_, file)) ui_->lstZrodlo->add(*link);
 }
 
 void dokEWKAR::openLink() {

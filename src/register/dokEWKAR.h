@@ -46,6 +46,7 @@ class dokEWKAR : public RecordForm {
 
   void connectFields();
   void fillCombos();
+  void hideFields();
   void limitTexts();
   void showItem(const ItemData& item);
   ItemData entered() const;
@@ -57,6 +58,7 @@ class dokEWKAR : public RecordForm {
   bool mayStore(const ItemData& item);
   bool askForDictionary(const QString& question, const QString& form);
   void tellViews();
+  void addLinks(const QStringList& files);
   void openLink();
 
   CurrentRegister register_;

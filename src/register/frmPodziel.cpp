@@ -2,6 +2,7 @@
 
 #include "errors/error_reporter.h"
 #include "lists/form_fields.h"
+#include "platform/statements.h"
 #include "platform/text.h"
 #include "register/numbering.h"
 #include "ui_frmPodziel.h"
@@ -27,6 +28,11 @@ frmPodziel::frmPodziel(Session& session, const ItemData& item, int registerKey, 
   ui_->txtIndjed->setText(item.unit);
   ui_->txtNumewi->setText(item.number);
   ui_->txtNumser->setText(item.serialNumber);
+  guarded(session, "frmPodziel", [&] {
+    const auto row = openRows(session.database(), QStringLiteral("SELECT * FROM ewkar WHERE indewi = 0"));
+    ui_->txtNumewi2->setMaxLength(row->field(u"numewi").size());
+    ui_->txtNumser2->setMaxLength(row->field(u"numser").size());
+  });
   guarded(session, "NumNext", [&] {
     const QString proposed = NumNext(session.database(), registerKey, item.purchased, item.group);
     if (!proposed.startsWith(u'?')) ui_->txtNumewi2->setText(proposed);
@@ -49,11 +55,22 @@ void frmPodziel::showQuantities() {
 
 void frmPodziel::save() {
   const bool done = guarded(session_, "frmPodziel.cmdZapisz", [this] {
-    newItem_ =
-        splitItem({session_.workspace(), session_.database(), registerKey_}, item_.id,
-                  ui_->txtIlosc2->number().value_or(0), ui_->txtNumewi2->text(), ui_->txtNumser2->text());
+    const ItemStore store{session_.workspace(), session_.database(), registerKey_};
+    newItem_ = splitItem(store, item_.id, ui_->txtIlosc2->number().value_or(0), ui_->txtNumewi2->text(),
+                         ui_->txtNumser2->text());
+    if (newItem_ > 0) return true;
+    const auto now = loadItem(session_.database(), item_.id);
+    if (!now) {
+      session_.messages().refuse(QString::fromUtf16(kItemGoneText));
+      return true;
+    }
+    item_ = *now;
+    showQuantities();
+    session_.messages().refuse(QStringLiteral(
+        "Ilość przedmiotu została w międzyczasie zmieniona. Popraw ilość i spróbuj ponownie."));
+    return false;
   });
-  if (done) accept();
+  if (done) newItem_ > 0 ? accept() : reject();
 }
 
 }  // namespace tandeko

@@ -2,7 +2,6 @@
 
 #include "platform/statements.h"
 #include "platform/text.h"
-#include "register/numbering.h"
 
 namespace tandeko {
 
@@ -83,7 +82,6 @@ ItemData proposeItem(jet::Database& database, int registerKey, const QDate& toda
     item.unit = toText(row->value(u"Startjed"));
     item.quantity = numberIn(row->value(u"Startilosc"));
   }
-  item.number = NumNext(database, registerKey, item.purchased, item.group);
   return item;
 }
 
@@ -98,15 +96,14 @@ ItemFault checkItem(const ItemData& item) {
 
 std::optional<QString> itemWithNumber(jet::Database& database, int id, const QString& number) {
   if (number.isEmpty()) return std::nullopt;
-  const auto row =
-      openRows(database, QStringLiteral("SELECT * FROM ewkar WHERE indewi <> ") + str(id) +
-                             QStringLiteral(" And numewi = '") + quoted(number) + QStringLiteral("' "));
+  const auto row = openRows(database, QStringLiteral("SELECT * FROM ewkar WHERE indewi <> ") + str(id) +
+                                          QStringLiteral(" And numewi = '") + number + QStringLiteral("' "));
   if (row->eof()) return std::nullopt;
   return toText(row->value(u"nazwa"));
 }
 
-SaveResult saveItem(const ItemStore& store, ItemData& item, const QString& user,
-                    const QList<DocLink>& links) {
+SaveResult saveItem(const ItemStore& store, ItemData& item, const QString& user, const QList<DocLink>& links,
+                    const RowCheck& complete) {
   Transaction transaction(store.workspace);
   const bool isNew = item.id < 1;
   const auto row = openRows(store.database, itemQuery(isNew ? 0 : item.id));
@@ -118,6 +115,10 @@ SaveResult saveItem(const ItemStore& store, ItemData& item, const QString& user,
   }
   const int holderBefore = isNew ? item.holder : toInt(row->value(u"Indpra"));
   writeFields(*row, item, store.registerKey, user);
+  if (!complete(*row)) {
+    row->cancelUpdate();
+    return SaveResult::Incomplete;
+  }
   if (item.parent > 0 && !StructCheck(store, item.id, item.holder, item.parent)) {
     row->cancelUpdate();
     return SaveResult::WrongSet;
@@ -145,7 +146,8 @@ int splitItem(const ItemStore& store, int item, double quantity, const QString& 
   Transaction transaction(store.workspace);
   const auto source = openRows(store.database, itemQuery(item));
   if (source->eof()) return 0;
-  const double left = toDouble(source->value(u"Ilosc")) - quantity;
+  // As it is shown: 1 less 0.9 leaves 0.1, not 0.09999999999999998.
+  const double left = leadingNumber(toText(jet::Value(toDouble(source->value(u"Ilosc")) - quantity)));
   if (quantity <= 0 || left <= 0) return 0;
   const auto target = openRows(store.database, itemQuery(0));
   target->addNew();

@@ -2,6 +2,7 @@
 
 #include <QDate>
 #include <QString>
+#include <functional>
 #include <optional>
 
 #include "register/document_links.h"
@@ -26,7 +27,9 @@ struct ItemData {
 
 // nullopt when the item has been deleted.
 std::optional<ItemData> loadItem(jet::Database& database, int id);
-// What the register proposes for a new item, its number included.
+// Told when another copy of the program has deleted an item that is to be changed.
+inline constexpr char16_t kItemGoneText[] = u"Przedmiot został w międzyczasie usunięty.";
+// What the register proposes for a new item; its number is NumNext's.
 ItemData proposeItem(jet::Database& database, int registerKey, const QDate& today);
 
 enum class ItemFault { None, NoName, NameWithBackslash, NoGroup, NoState, NoUnit };
@@ -35,10 +38,13 @@ ItemFault checkItem(const ItemData& item);
 // The name of another item with the same inventory number.
 std::optional<QString> itemWithNumber(jet::Database& database, int id, const QString& number);
 
-enum class SaveResult { Saved, WrongSet, Gone };
+enum class SaveResult { Saved, Incomplete, WrongSet, Gone };
+// Whether the row that is being written has everything it needs.
+using RowCheck = std::function<bool(const jet::Recordset&)>;
 // Stores the item with its links; a new item gets its key. A stored item that changes its holder takes its
-// components along. Nothing is written unless the answer is Saved.
-SaveResult saveItem(const ItemStore& store, ItemData& item, const QString& user, const QList<DocLink>& links);
+// components along. Nothing is written unless the answer is Saved; Incomplete is what `complete` refused.
+SaveResult saveItem(const ItemStore& store, ItemData& item, const QString& user, const QList<DocLink>& links,
+                    const RowCheck& complete);
 LinkAddress linkAddress(int registerKey, int item);
 
 // Splits `quantity` off an item into a new one that is otherwise a copy with the given numbers. Returns

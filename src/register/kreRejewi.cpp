@@ -49,7 +49,10 @@ bool kreRejewi::create() {
       return false;
     dropSets = true;
   }
-  if (!saveRegister(session_.workspace(), session_.database(), data_, dropSets)) return false;
+  if (!saveRegister(session_.workspace(), session_.database(), data_, dropSets)) {
+    session_.messages().refuse(QString::fromUtf16(kRegisterGoneText));
+    return false;
+  }
   if (operation_ == Operation::Create)
     session_.messages().inform(
         QStringLiteral("Rejestr o nazwie: ") + data_.name +
@@ -86,6 +89,10 @@ void kreRejewi::accept() {
 
 void runRegisterWizard(Session& session) {
   if (!session.databaseOpen()) return;
+  if (session.database().readOnly() || !session.UserCanWrite()) {
+    session.messages().refuse(QStringLiteral("Nie masz uprawnień do zmiany rejestrów."));
+    return;
+  }
   guarded(session, "kreRejewi", [&] {
     kreRejewi wizard(session, session.frame() ? session.frame()->window() : nullptr);
     wizard.exec();

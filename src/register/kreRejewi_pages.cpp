@@ -77,6 +77,7 @@ class NameEntry : public RegisterPage {
   explicit NameEntry(kreRejewi& wizard)
       : RegisterPage(wizard, u"Nazwa rejestru"), txtNazwa_(new QLineEdit(this)) {
     txtNazwa_->setObjectName(QStringLiteral("txtNazwa"));
+    txtNazwa_->setMaxLength(registerNameSize(wizard.session().database()));
     auto* form = new QFormLayout(this);
     form->addRow(QStringLiteral("&Nazwa rejestru"), txtNazwa_);
   }
@@ -105,6 +106,7 @@ class Boxes : public RegisterPage {
     for (RegisterBox* box : boxes_) box->show(wizard_.data());
   }
   bool validatePage() override {
+    if (!fieldsSound(*this, wizard_.session().messages())) return false;
     for (const RegisterBox* box : boxes_) box->read(wizard_.data());
     return true;
   }
@@ -144,6 +146,8 @@ class TemplateEntry : public Boxes {
   }
 };
 
+QString yesNo(bool yes) { return yes ? QStringLiteral("tak") : QStringLiteral("nie"); }
+
 class Summary : public RegisterPage {
  public:
   explicit Summary(kreRejewi& wizard) : RegisterPage(wizard, u"Podsumowanie"), text_(new QLabel(this)) {
@@ -162,15 +166,18 @@ class Summary : public RegisterPage {
     const QString period = record.monthly    ? QStringLiteral("miesiąca")
                            : record.perGroup ? QStringLiteral("grupy")
                                              : QStringLiteral("roku");
-    text_->setText((QStringList{
-                        QStringLiteral("Nazwa: ") + record.name,
-                        QStringLiteral("Rodzaj: ") +
-                            (record.kind == u"L" ? QStringLiteral("lista") : QStringLiteral("struktura")),
-                        QStringLiteral("Postać numeru: ") + NumTemplateBuild(record.numbering),
-                        sampleNumbers(record, wizard_.session().clock().today()),
-                        QStringLiteral("Ciągłość numeracji w ramach jednego: ") + period,
-                    })
-                       .join(u'\n'));
+    text_->setText(
+        (QStringList{
+             QStringLiteral("Nazwa: ") + record.name,
+             QStringLiteral("Rodzaj: ") +
+                 (record.kind == u"L" ? QStringLiteral("lista") : QStringLiteral("struktura")),
+             QStringLiteral("Postać numeru: ") + NumTemplateBuild(record.numbering),
+             sampleNumbers(record, wizard_.session().clock().today()),
+             QStringLiteral("Ciągłość numeracji w ramach jednego: ") + period,
+             QStringLiteral("Numery proponowane automatycznie: ") + yesNo(record.numberAutomatic) +
+                 QStringLiteral(", zmiana numeru przez użytkownika: ") + yesNo(record.numberEditable),
+         })
+            .join(u'\n'));
   }
 
  private:

@@ -53,6 +53,11 @@ KindBox::KindBox(QWidget* parent)
   int row = 1;
   for (QCheckBox* box : {cbNumewi_, cbNumkat_, cbNumser_, cbIlosc_, cbCena_})
     grid->addWidget(box, row++, 0, 1, 2);
+  auto* hint =
+      new QLabel(QStringLiteral("Czego nie zaznaczysz, tego nie będzie też w oknie przedmiotu."), this);
+  hint->setWordWrap(true);
+  hint->setForegroundRole(QPalette::PlaceholderText);
+  grid->addWidget(hint, row, 0, 1, 2);
   watch();
 }
 

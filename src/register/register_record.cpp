@@ -71,6 +71,10 @@ bool templateHasNumber(const RegisterData& data) {
   return NumTemplateBuild(data.numbering).contains(QStringLiteral("Numer"));
 }
 
+int registerNameSize(jet::Database& database) {
+  return openRows(database, registerQuery(0))->field(u"nazwa").size();
+}
+
 NumberingFault checkPeriod(const RegisterData& data) {
   if (!templateHasNumber(data)) return NumberingFault::NoNumber;
   if (data.monthly && !hasPart(data, QStringLiteral("/Miesiąc"))) return NumberingFault::MonthlyWithoutMonth;
@@ -101,8 +105,8 @@ bool registerHasItems(jet::Database& database, int key) {
 }
 
 int registerNamed(jet::Database& database, const QString& name) {
-  const auto row = openRows(
-      database, QStringLiteral("SELECT * FROM swrew WHERE nazwa = '") + quoted(name) + QStringLiteral("' "));
+  const auto row =
+      openRows(database, QStringLiteral("SELECT * FROM swrew WHERE nazwa = '") + name + QStringLiteral("' "));
   return row->eof() ? 0 : toInt(row->value(u"Indrew"));
 }
 

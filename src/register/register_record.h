@@ -13,8 +13,8 @@ struct RegisterData {
   int key = 0;  // 0: not stored yet
   QString name;
   QString kind = QStringLiteral("S");  // "L" a plain list, "S" items may form sets
-  bool showNumber = true, showCatalogNumber = false, showSerialNumber = false, showQuantity = false,
-       showPrice = false;
+  bool showNumber = true, showCatalogNumber = true, showSerialNumber = true, showQuantity = true,
+       showPrice = true;
   bool numberAutomatic = true, numberEditable = true;
   NumTemplateParts numbering{
       {QStringLiteral("/Rejestr"), QStringLiteral("/Numer"), QStringLiteral("/Rok[4]")},
@@ -36,6 +36,8 @@ bool templateHasYear(const RegisterData& data);
 // "Przykładowe numery: ..." of three numbers.
 QString sampleNumbers(const RegisterData& data, const QDate& today);
 
+// The longest name, in characters.
+int registerNameSize(jet::Database& database);
 // Whether items of the register are components of others.
 bool registerHasSets(jet::Database& database, int key);
 bool registerHasItems(jet::Database& database, int key);

@@ -4,7 +4,10 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <map>
 
+#include "lists/rst_check.h"
 #include "register/numbering.h"
 #include "register_fixture.h"
 
@@ -17,9 +20,13 @@ struct ItemRecordTest : testing::Test, RegisterFixture {
   ItemData chair() {
     ItemData item = proposeItem(db(), 1, QDate(2024, 3, 15));
     item.name = u"Krzesło"_s;
+    item.number = NumNext(db(), 1, item.purchased, item.group);
     return item;
   }
-  SaveResult save(ItemData& item) { return saveItem(store(), item, u"AD"_s, {}); }
+  SaveResult save(ItemData& item, const QList<DocLink>& links = {}) {
+    return saveItem(store(), item, u"AD"_s, links,
+                    [this](const jet::Recordset& row) { return RstCheck(db(), row, u"EWKAR"_s, messages); });
+  }
   void settings(const QString& numberTemplate, bool monthly, bool perGroup) {
     sql(u"UPDATE swrew SET NumSzablon = '%1', NumMiesieczna = %2, NumGrupa = %3 WHERE Indrew = 1"_s.arg(
         numberTemplate, monthly ? u"True"_s : u"False"_s, perGroup ? u"True"_s : u"False"_s));
@@ -110,7 +117,15 @@ TEST_F(ItemRecordTest, EveryFieldComesBackAndAnotherItemsNumberIsTold) {
   EXPECT_EQ(read.holder, kNowak);
   EXPECT_EQ(itemWithNumber(db(), 0, item.number), u"Krzesło"_s);
   EXPECT_EQ(itemWithNumber(db(), item.id, item.number), std::nullopt);
-  EXPECT_EQ(itemWithNumber(db(), 0, u"O'Neil"_s), std::nullopt);
+}
+
+TEST_F(ItemRecordTest, ARowWithoutARequiredFieldIsNotWritten) {
+  ItemData unnamed = chair();
+  unnamed.name.clear();
+  EXPECT_EQ(save(unnamed), SaveResult::Incomplete);
+  EXPECT_EQ(messages.takeOnly().text,
+            u"Pole [Nazwa] nie może być puste. Wprowadź dane i spróbuj ponownie."_s);
+  EXPECT_EQ(ask(u"SELECT count(*) FROM ewkar"_s), u"0"_s);
 }
 
 TEST_F(ItemRecordTest, SetsAreOfTheSameHolderAndNeverBelowTheItem) {
@@ -132,52 +147,139 @@ TEST_F(ItemRecordTest, SetsAreOfTheSameHolderAndNeverBelowTheItem) {
   EXPECT_EQ(save(edited), SaveResult::Gone);
 }
 
-TEST_F(ItemRecordTest, SplittingLeavesTheRest) {
-  const int cable = item(u"Kabel"_s, kNowak);
-  sql(u"UPDATE ewkar SET Ilosc = 10, Uwagi = 'zwój', Cenazak = 3 WHERE indewi = "_s + str(cable));
-  const int part = splitItem(store(), cable, 3, u"N2"_s, u"S2"_s);
-  EXPECT_EQ(ask(u"SELECT Ilosc FROM ewkar WHERE indewi = "_s + str(cable)), u"7"_s);
-  EXPECT_EQ(ask(u"SELECT Ilosc & Uwagi & Cenazak & numewi & numser & indpra FROM ewkar WHERE indewi = "_s +
-                str(part)),
-            u"3zwój3N2S21"_s);
-  EXPECT_EQ(splitItem(store(), cable, 7, {}, {}), 0);
+TEST_F(ItemRecordTest, SplittingCopiesEveryFieldButTheThreeOfTheForm) {
+  const int set = item(u"Zestaw"_s, kNowak), cable = item(u"Kabel"_s, kNowak, set);
+  sql(u"UPDATE ewkar SET Ilosc = 1, Uwagi = 'zwój', Cenazak = 3.5, numewi = 'N1', Numser = 'S1', Numkat = "
+      u"'K', "
+      u"Datazak = #3/15/2024#, Data = #4/1/2024#, miesiac = 3, rok = 2024, Srodek = True, Indoso = 'XY', "
+      u"ikona = 4, "
+      u"Strord = 2.5, Strpoz = 7 WHERE indewi = "_s +
+      str(cable));
+  const int part = splitItem(store(), cable, 0.9, u"N2"_s, {});
+  const auto source = openRows(db(), u"SELECT * FROM ewkar WHERE indewi = "_s + str(cable));
+  const auto made = openRows(db(), u"SELECT * FROM ewkar WHERE indewi = "_s + str(part));
+  ASSERT_FALSE(made->eof());
+  const std::map<QString, std::pair<jet::Value, jet::Value>> different = {
+      {u"Ilosc"_s, {jet::Value(0.1), jet::Value(0.9)}},
+      {u"Numewi"_s, {jet::Value(u"N1"), jet::Value(u"N2")}},
+      {u"Numser"_s, {jet::Value(u"S1"), jet::Value()}}};
+  for (size_t at = 0; at < source->fieldCount(); ++at) {
+    const jet::Value left = source->field(at).value(), right = made->field(at).value();
+    const QString name = toQString(source->field(at).name());
+    if (source->field(at).autoNumber()) continue;
+    const auto other = different.find(name);
+    EXPECT_EQ(left, other == different.end() ? right : other->second.first) << name.toStdString();
+    EXPECT_EQ(right, other == different.end() ? left : other->second.second) << name.toStdString();
+    EXPECT_FALSE(left.isNull()) << name.toStdString();
+  }
+  EXPECT_EQ(splitItem(store(), cable, 0.1, {}, {}), 0);  // all there is
   EXPECT_EQ(splitItem(store(), 99, 1, {}, {}), 0);
 }
 
 TEST_F(ItemRecordTest, LinksKeepTheirPlaceInTheDocumentsFolder) {
-  const QString documents = file(u"Dokumenty"_s), inside = documents + u"/umowy/a.pdf"_s,
-                outside = file(u"b.txt"_s);
-  EXPECT_EQ(storedLinkPath(inside, documents), u"<Dokumenty>\\umowy\\a.pdf"_s);
-  EXPECT_EQ(realLinkPath(u"<Dokumenty>\\umowy\\a.pdf"_s, u"/inny"_s), u"/inny/umowy/a.pdf"_s);
-  EXPECT_EQ(storedLinkPath(outside, documents), outside);
-  EXPECT_EQ(storedLinkPath(documents + u"2/a.pdf"_s, documents), documents + u"2/a.pdf"_s);
+  const QString documents = file(u"Dokumenty"_s), outside = file(u"b.txt"_s);
+  const struct {
+    QString path, folder, stored;
+  } cases[] = {
+      {documents + u"/umowy/a.pdf"_s, documents, u"<Dokumenty>\\umowy\\a.pdf"_s},
+      {documents + u"/a.pdf"_s, documents + u'/', u"<Dokumenty>\\a.pdf"_s},
+      {documents + u"/x/../a.pdf"_s, documents, u"<Dokumenty>\\a.pdf"_s},
+      {u"/a.pdf"_s, u"/"_s, u"<Dokumenty>\\a.pdf"_s},
+      {documents + u"2/a.pdf"_s, documents, documents + u"2/a.pdf"_s},
+      {outside, documents, outside},
+      {outside, {}, outside},
+  };
+  for (const auto& c : cases) EXPECT_EQ(storedLinkPath(c.path, c.folder), c.stored) << c.path.toStdString();
+  for (const QString& stored : {u"<Dokumenty>\\umowy\\a.pdf"_s, u"<Dokumenty>/umowy/a.pdf"_s})
+    EXPECT_EQ(realLinkPath(stored, u"/inny"_s), u"/inny/umowy/a.pdf"_s);
+  EXPECT_EQ(realLinkPath(u"<Dokumenty>\\a.pdf"_s, {}), u"<Dokumenty>\\a.pdf"_s);
 
   ItemData item = chair();
-  const QList<DocLink> links = {{u"a.pdf"_s, u"<Dokumenty>\\a.pdf"_s, 4}, {u"b"_s, outside, std::nullopt}};
-  ASSERT_EQ(saveItem(store(), item, u"AD"_s, links), SaveResult::Saved);
+  const QList<DocLink> links = {{u"a.pdf"_s, u"<Dokumenty>\\a.pdf"_s, jet::Value(int32_t{4})},
+                                {u"b"_s, outside, {}}};
+  ASSERT_EQ(save(item, links), SaveResult::Saved);
+  ItemData other = chair();
+  ASSERT_EQ(save(other, links), SaveResult::Saved);
   EXPECT_EQ(DocLinksLoad(db(), linkAddress(1, item.id)), links);
-  ASSERT_EQ(saveItem(store(), item, u"AD"_s, {}), SaveResult::Saved);
-  EXPECT_EQ(ask(u"SELECT count(*) FROM dblnk"_s), u"0"_s);
+  ASSERT_EQ(save(item), SaveResult::Saved);
+  EXPECT_TRUE(DocLinksLoad(db(), linkAddress(1, item.id)).isEmpty());
+  EXPECT_EQ(DocLinksLoad(db(), linkAddress(1, other.id)), links);
+}
 
-  session.settings().store(u"Folder dokumenty"_s, documents);
+// A session with a documents folder and files to link.
+struct LinkingTest : ItemRecordTest {
+  LinkingTest() : documents(file(u"Dokumenty"_s)) {
+    session.settings().store(u"Folder dokumenty"_s, documents);
+    session.settings().load();
+  }
+  QString make(const QString& name, const QByteArray& content) {
+    QDir().mkpath(QFileInfo(name).path());
+    QFile made(name);
+    EXPECT_TRUE(made.open(QIODevice::WriteOnly));
+    made.write(content);
+    return name;
+  }
+  QByteArray content(const QString& name) {
+    QFile there(documents + u'/' + name);
+    return there.open(QIODevice::ReadOnly) ? there.readAll() : QByteArray();
+  }
+  QString documents;
+};
+
+TEST_F(LinkingTest, FilesAreCopiedIntoTheFolderWhenTheUserWants) {
+  const QString outside = make(file(u"b.txt"_s), "jeden");
+  const auto link = [&](std::deque<Answer> answers) {
+    messages.answers = std::move(answers);
+    messages.shown.clear();
+    return linkTo(session, outside);
+  };
+  EXPECT_EQ(link({Answer::No})->path, outside);
+  EXPECT_EQ(
+      messages.takeOnly().text,
+      u"Załączony plik nie znajduje się w folderze dokumentów programu: "_s + documents +
+          u". Chcesz przekopiować plik do wspólnego folderu i ustawić ścieżkę na przekopiowany plik?"_s);
+  EXPECT_EQ(link({Answer::Yes})->path, u"<Dokumenty>\\b.txt"_s);
+  EXPECT_EQ(content(u"b.txt"_s), "jeden");
+  EXPECT_EQ(link({Answer::Yes})->path, u"<Dokumenty>\\b.txt"_s);  // the same file once more
+  EXPECT_EQ(messages.shown.size(), 1u);
+
+  make(outside, "dwa");
+  EXPECT_EQ(link({Answer::Yes, Answer::Cancel}), std::nullopt);
+  EXPECT_EQ(content(u"b.txt"_s), "jeden");
+  EXPECT_EQ(link({Answer::Yes, Answer::No})->path, u"<Dokumenty>\\b (2).txt"_s);
+  EXPECT_EQ(content(u"b.txt"_s) + content(u"b (2).txt"_s), "jedendwa");
+  EXPECT_EQ(link({Answer::Yes, Answer::Yes})->path, u"<Dokumenty>\\b.txt"_s);
+  EXPECT_EQ(content(u"b.txt"_s), "dwa");
+  EXPECT_EQ(QDir(documents).entryList(QDir::Files).size(), 2);
+
+  make(file(u"plik"_s), {});
+  session.settings().store(u"Folder dokumenty"_s, file(u"plik"_s));  // no folder at all
   session.settings().load();
-  QFile(outside).open(QIODevice::WriteOnly);
-  messages.answers = {Answer::Yes};
-  EXPECT_EQ(linkTo(session, outside)->path, u"<Dokumenty>\\b.txt"_s);
-  EXPECT_TRUE(QFile::exists(documents + u"/b.txt"_s));
-  messages.shown.clear();
-  messages.answers = {Answer::Yes};
-  EXPECT_EQ(linkTo(session, outside), std::nullopt);  // taken
+  EXPECT_EQ(link({Answer::Yes}), std::nullopt);
   EXPECT_EQ(messages.shown.back().text, u"Błąd kopiowania pliku: b.txt"_s);
+  EXPECT_EQ(messages.shown.back().icon, Icon::Critical);
 
+  messages.files = {outside};
+  DocLinkAdd(session);
+  EXPECT_EQ(messages.choices.back().title, u"Dołącz wskazanie do dokumentu "_s);
+}
+
+TEST_F(LinkingTest, OpeningTellsAMissingProgramFromAMissingFile) {
   DocLinkOpen(session, u"<Dokumenty>\\b.txt"_s);
   EXPECT_EQ(shell.opened.last(), documents + u"/b.txt"_s);
-  for (const auto& [result, text] : {std::pair{ShellResult::NoProgram, u"System Windows nie znalazł"_s},
-                                     {ShellResult::NotFound, u"Brak dostępu do pliku: "_s + outside}}) {
+  const QString noProgram =
+      u"System Windows nie znalazł aplikacji skojarzonej z tym rodzajem pliku. Zainstaluj program "
+      u"otwierający pliki "
+      u"tego rodzaju i spróbuj ponownie."_s;
+  const QString noFile =
+      u"Brak dostępu do pliku: /b.txt - sprawdź czy plik istnieje w podanej lokalizacji i czy masz "
+      u"wymagane uprawnienia dostępu."_s;
+  for (const auto& [result, text] : {std::pair{ShellResult::NoProgram, noProgram},
+                                     {ShellResult::NotFound, noFile},
+                                     {ShellResult::NoAccess, noFile}}) {
     shell.result = result;
-    messages.shown.clear();
-    DocLinkOpen(session, outside);
-    EXPECT_TRUE(messages.takeOnly().text.startsWith(text));
+    DocLinkOpen(session, u"/b.txt"_s);
+    EXPECT_EQ(messages.takeOnly().text, text);
   }
 }
 

@@ -80,6 +80,34 @@ TEST(NumTemplate, BuildsFromPartsAndSplitsBack) {
       EXPECT_EQ(split, c.parts) << c.expected.toStdString();
     }
   }
+  // Every choice of the three parts and the separator: built, split and built again gives the same; whatever
+  // has a running number gives it back from the numbers made.
+  const QDate march(2024, 3, 15);
+  for (const NumPart& first : kNumParts)
+    for (const NumPart& second : kNumParts)
+      for (const NumPart& third : kNumParts)
+        for (const QChar separator : QString::fromUtf16(kNumSeparators)) {
+          const NumTemplateParts parts{{QString::fromUtf16(first.value), QString::fromUtf16(second.value),
+                                        QString::fromUtf16(third.value)},
+                                       QString(separator),
+                                       {}};
+          const QString built = NumTemplateBuild(parts);
+          const NumTemplateParts split = NumTemplateSplit(built);
+          EXPECT_EQ(NumTemplateBuild(split), built);
+          if (built.contains(separator)) {
+            EXPECT_EQ(split.separator, parts.separator) << built.toStdString();
+          }
+          QStringList left, right;  // without the empty parts
+          for (size_t at = 0; at < 3; ++at) {
+            if (parts.parts[at] != u"/") left << parts.parts[at];
+            if (split.parts[at] != u"/") right << split.parts[at];
+          }
+          EXPECT_EQ(right, left) << built.toStdString();
+          if (built.contains(u"Numer")) {
+            EXPECT_EQ(NumParse(NumFormat(417, built, march, 3, 12), built, numSeparator(built)), 417)
+                << built.toStdString();
+          }
+        }
   // Templates that no dialog built are kept as they are.
   for (const QString& odd :
        {u"KW/Numer"_s, u"Numer"_s, u"NumerKW"_s, u"Numer-Numerek"_s, u"Rok[2]/Numer/Grupa/Rejestr"_s})
