@@ -45,7 +45,7 @@ Session& session() {
     session.setFrame(&frame);
     jet::Database& database = session.database();
     execute(database, QStringLiteral("UPDATE ewkar SET rok = 2026, miesiac = 3, numewi = '1/' & "
-                                     "Format(indewi Mod 30000, '0000') & '/2026'"));
+                                     "Format(indewi Mod 9000, '0000') & '/2026'"));
     execute(database, QStringLiteral("UPDATE swrew SET NumSzablon = 'Rejestr/Numer/Rok[4]', NumAuto = True, "
                                      "NumMiesieczna = False, NumGrupa = False"));
     // The warehouse has its 20,000.

@@ -8,6 +8,7 @@
 #include <QLocale>
 #include <QMenu>
 #include <QRegularExpression>
+#include <QValidator>
 #include <QWidgetAction>
 #include <algorithm>
 
@@ -20,6 +21,20 @@ namespace tandeko {
 namespace {
 
 constexpr int kDecimals = 6, kMoneyDecimals = 4;
+
+// Keys of other characters do nothing, and what is pasted loses them: "1 234,50 zł" becomes 1234,50.
+class NumberSigns : public QValidator {
+ public:
+  using QValidator::QValidator;
+  State validate(QString& input, int& cursor) const override {
+    for (qsizetype at = input.size(); at-- > 0;) {
+      if (QStringView(u"0123456789,.-+").contains(input[at])) continue;
+      input.remove(at, 1);
+      if (at < cursor) --cursor;
+    }
+    return Acceptable;
+  }
+};
 
 }  // namespace
 
@@ -206,11 +221,7 @@ void DateField::openCalendar() {
 
 std::optional<double> numberFromText(const QString& text, int decimals) {
   static const QRegularExpression form(QStringLiteral(R"(^[-+]?(\d{0,12})(?:[.,](\d*))?$)"));
-  // Blanks of any kind: Polish texts group digits by one that does not break the line.
-  static const QRegularExpression groups(QStringLiteral(R"((?<=\d)\s(?=\d{3}(?!\d)))"),
-                                         QRegularExpression::UseUnicodePropertiesOption);
   QString typed = text.trimmed();
-  typed.remove(groups);
   const auto match = form.match(typed);
   const auto fraction = match.capturedLength(2);
   if (!match.hasMatch() || match.capturedLength(1) + fraction == 0 || fraction > decimals)
@@ -219,6 +230,7 @@ std::optional<double> numberFromText(const QString& text, int decimals) {
 }
 
 NumberField::NumberField(QWidget* parent) : CheckedField(parent) {
+  setValidator(new NumberSigns(this));
   setAlignment(Qt::AlignRight | Qt::AlignVCenter);
   // A decimal point becomes a comma.
   connect(this, &QLineEdit::editingFinished, this, [this] {

@@ -96,7 +96,7 @@ class NumberField : public CheckedField {
   QString setText_;
 };
 
-// A decimal comma or point, blanks between groups of digits; nullopt for anything else.
+// With a decimal comma or point; nullopt for anything else.
 std::optional<double> numberFromText(const QString& text, int decimals);
 
 }  // namespace tandeko

@@ -61,7 +61,7 @@ QChar numSeparator(const QString& numberTemplate) {
   return QChar();
 }
 
-int NumParse(const QString& text, const QString& numberTemplate, QChar separator) {
+int NumParse(QStringView text, const QString& numberTemplate, QChar separator) {
   if (numberTemplate.startsWith(kNumer)) return leadingNumber(text);
   if (!numberTemplate.contains(kNumer) || separator.isNull()) return 0;
   const auto before = numberTemplate.indexOf(separator + kNumer);
@@ -73,7 +73,7 @@ int NumParse(const QString& text, const QString& numberTemplate, QChar separator
   auto at = text.indexOf(separator);
   for (; ordinal > 1 && at >= 0; --ordinal) at = text.indexOf(separator, at + 1);
   if (at < 0) return 0;
-  return leadingNumber(QStringView(text).mid(at + 1, kLongestNumberText));
+  return leadingNumber(text.mid(at + 1, kLongestNumberText));
 }
 
 QString NumTemplateBuild(const NumTemplateParts& parts) {

@@ -3,6 +3,7 @@
 #include <QChar>
 #include <QDate>
 #include <QString>
+#include <QStringView>
 #include <array>
 
 // Inventory numbers: a template of up to three parts joined by a separator ("Rejestr/Numer/Rok[4]"),
@@ -22,7 +23,7 @@ QString NumFormat(int number, const QString& numberTemplate, const QDate& purcha
 
 // The running number inside `text`, 0 when the text does not follow the template. Throws jet::Error 6
 // above kHighestNumber.
-int NumParse(const QString& text, const QString& numberTemplate, QChar separator);
+int NumParse(QStringView text, const QString& numberTemplate, QChar separator);
 
 // The first of / \ - : # (in this order) that occurs in the template; a null QChar when none does.
 QChar numSeparator(const QString& numberTemplate);

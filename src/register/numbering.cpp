@@ -54,16 +54,20 @@ std::optional<LastNumber> NumLast(jet::Database& database, int registerKey, cons
 
   LastNumber last;
   if (settings->numberTemplate.isEmpty()) return last;
-  const auto rows =
-      openRows(database, QStringLiteral("SELECT numewi AS [ost_numer], datazak As [ost_data], "
-                                        "iif(isnull(numewi),0,val(numewi)) FROM ewkar WHERE indrew = ") +
-                             QString::number(registerKey) + *condition + QStringLiteral(" ORDER BY 3 DESC "));
+  const QString query = QStringLiteral(
+                            "SELECT numewi AS [ost_numer], datazak As [ost_data], "
+                            "iif(isnull(numewi),0,val(numewi)) FROM ewkar WHERE indrew = ") +
+                        QString::number(registerKey) + *condition + QStringLiteral(" ORDER BY 3 DESC ");
+  const auto rows = database.openRecordset(toU16(query), jet::RecordsetType::Snapshot);
   if (rows->eof() || rows->value(u"ost_numer").isNull()) return last;
   const QChar separator = numSeparator(settings->numberTemplate);
+  const jet::Field &numbers = rows->field(u"ost_numer"), &dates = rows->field(u"ost_data");
+  // A hundred thousand rows may have to be looked at: nothing but the number is taken out of most of them.
   for (; !rows->eof(); rows->moveNext()) {
-    const QString text = toText(rows->value(u"ost_numer"));
-    const int number = NumParse(text, settings->numberTemplate, separator);
-    if (number > last.number) last = {number, text, toDate(rows->value(u"ost_data"))};
+    const jet::Value value = numbers.value();
+    const auto* text = value.getIf<jet::Text>();
+    const int number = text ? NumParse(QStringView(*text), settings->numberTemplate, separator) : 0;
+    if (number > last.number) last = {number, toQString(*text), toDate(dates.value())};
   }
   return last;
 }

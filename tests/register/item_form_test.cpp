@@ -137,7 +137,7 @@ TEST_F(ItemFormTest, ImpossibleDatesAndNumbersAreShownAndNotStored) {
     QString name, typed, fault, mended, shown;
   } cases[] = {{u"txtDatazak"_s, u"31.2.2024"_s, u"Błędna data"_s, u"2024-02-29"_s, u"29.02.2024"_s},
                {u"txtIlosc"_s, u"1,2,3"_s, u"Błędna liczba"_s, u"1.5"_s, u"1,5"_s},
-               {u"txtCenazak"_s, u"drogo"_s, u"Błędna liczba"_s, u"1 234,5"_s, u"1234,50"_s}};
+               {u"txtCenazak"_s, u"1,23456"_s, u"Błędna liczba"_s, u"1 234,5"_s, u"1234,50"_s}};
   for (const auto& c : cases) {
     auto* line = field<QLineEdit>(c.name);
     line->setFocus();
