@@ -61,19 +61,23 @@ QChar numSeparator(const QString& numberTemplate) {
   return QChar();
 }
 
-int NumParse(QStringView text, const QString& numberTemplate, QChar separator) {
-  if (numberTemplate.startsWith(kNumer)) return leadingNumber(text);
-  if (!numberTemplate.contains(kNumer) || separator.isNull()) return 0;
-  const auto before = numberTemplate.indexOf(separator + kNumer);
-  if (before < 0) return 0;
-
-  int ordinal = 1;  // of the separator that stands before "Numer"
-  for (auto at = numberTemplate.indexOf(separator); at < before && ordinal < kMostSeparators; ++ordinal)
+NumParser::NumParser(const QString& numberTemplate, QChar separator) : separator_(separator) {
+  if (numberTemplate.startsWith(kNumer)) {
+    ordinal_ = 0;
+    return;
+  }
+  const auto before = separator.isNull() ? -1 : numberTemplate.indexOf(separator + kNumer);
+  if (before < 0) return;
+  ordinal_ = 1;
+  for (auto at = numberTemplate.indexOf(separator); at < before && ordinal_ < kMostSeparators; ++ordinal_)
     at = numberTemplate.indexOf(separator, at + 1);
-  auto at = text.indexOf(separator);
-  for (; ordinal > 1 && at >= 0; --ordinal) at = text.indexOf(separator, at + 1);
-  if (at < 0) return 0;
-  return leadingNumber(text.mid(at + 1, kLongestNumberText));
+}
+
+int NumParser::operator()(QStringView text) const {
+  if (ordinal_ <= 0) return ordinal_ < 0 ? 0 : leadingNumber(text);
+  auto at = text.indexOf(separator_);
+  for (int left = ordinal_; left > 1 && at >= 0; --left) at = text.indexOf(separator_, at + 1);
+  return at < 0 ? 0 : leadingNumber(text.mid(at + 1, kLongestNumberText));
 }
 
 QString NumTemplateBuild(const NumTemplateParts& parts) {

@@ -21,9 +21,21 @@ inline constexpr int kHighestNumber = 32767;
 QString NumFormat(int number, const QString& numberTemplate, const QDate& purchased, int registerKey,
                   int group);
 
-// The running number inside `text`, 0 when the text does not follow the template. Throws jet::Error 6
-// above kHighestNumber.
-int NumParse(QStringView text, const QString& numberTemplate, QChar separator);
+// Reads running numbers back out of numbers made by a template. Throws jet::Error 6 above kHighestNumber.
+class NumParser {
+ public:
+  NumParser(const QString& numberTemplate, QChar separator);
+  // 0 when the text does not follow the template.
+  int operator()(QStringView text) const;
+
+ private:
+  QChar separator_;
+  int ordinal_ = -1;  // of the separator that stands before "Numer"; 0: it leads, -1: there is none
+};
+
+inline int NumParse(QStringView text, const QString& numberTemplate, QChar separator) {
+  return NumParser(numberTemplate, separator)(text);
+}
 
 // The first of / \ - : # (in this order) that occurs in the template; a null QChar when none does.
 QChar numSeparator(const QString& numberTemplate);

@@ -60,13 +60,13 @@ std::optional<LastNumber> NumLast(jet::Database& database, int registerKey, cons
                         QString::number(registerKey) + *condition + QStringLiteral(" ORDER BY 3 DESC ");
   const auto rows = database.openRecordset(toU16(query), jet::RecordsetType::Snapshot);
   if (rows->eof() || rows->value(u"ost_numer").isNull()) return last;
-  const QChar separator = numSeparator(settings->numberTemplate);
+  const NumParser parse(settings->numberTemplate, numSeparator(settings->numberTemplate));
   const jet::Field &numbers = rows->field(u"ost_numer"), &dates = rows->field(u"ost_data");
   // A hundred thousand rows may have to be looked at: nothing but the number is taken out of most of them.
   for (; !rows->eof(); rows->moveNext()) {
     const jet::Value value = numbers.value();
     const auto* text = value.getIf<jet::Text>();
-    const int number = text ? NumParse(QStringView(*text), settings->numberTemplate, separator) : 0;
+    const int number = text ? parse(*text) : 0;
     if (number > last.number) last = {number, toQString(*text), toDate(dates.value())};
   }
   return last;
