@@ -35,7 +35,7 @@ class OperationChoice : public RegisterPage {
     auto* column = new QVBoxLayout(this);
     const std::pair<Operation, const char16_t*> choices[] = {{Operation::Create, u"&Utworzyć nowy rejestr"},
                                                              {Operation::Change, u"&Zmienić rejestr"},
-                                                             {Operation::Delete, u"Us&unąć rejestr"}};
+                                                             {Operation::Delete, u"U&sunąć rejestr"}};
     for (const auto& [operation, caption] : choices) {
       auto* button = new QRadioButton(QString::fromUtf16(caption), this);
       operations_->addButton(button, static_cast<int>(operation));
