@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "app/startup.h"
+#include "errors/error_reporter.h"
 #include "platform/resources.h"
 
 namespace {
@@ -17,6 +18,26 @@ bool onlyText(int argc, char** argv) {
       if (std::strcmp(argv[i], option) == 0) return true;
   return false;
 }
+
+// A failure that no procedure caught is reported too, and the program goes on.
+class Application : public QApplication {
+ public:
+  using QApplication::QApplication;
+  void setSession(tandeko::Session* session) { session_ = session; }
+
+  bool notify(QObject* receiver, QEvent* event) override {
+    try {
+      return QApplication::notify(receiver, event);
+    } catch (...) {
+      if (!session_) throw;
+      tandeko::reportFailure(*session_, tandeko::currentFailure(QStringLiteral("Application")));
+      return false;
+    }
+  }
+
+ private:
+  tandeko::Session* session_ = nullptr;
+};
 
 // The file named on the command line, if any; answers --help and --version.
 QString fileOf(const QCoreApplication& application) {
@@ -47,7 +68,7 @@ int main(int argc, char** argv) {
     fileOf(console);
     return 0;
   }
-  QApplication application(argc, argv);
+  Application application(argc, argv);
   QApplication::setDesktopFileName(QStringLiteral("tandeko"));
   useResources();
   QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/program-48.png")));
@@ -61,6 +82,10 @@ int main(int argc, char** argv) {
   SystemClock clock;
   Session session(Platform{*registry, messages, shell, mail, clock, *windows});
 
+  application.setSession(&session);
+
   const auto window = startUp(session, file);
-  return window ? QApplication::exec() : 0;
+  const int status = window ? QApplication::exec() : 0;
+  application.setSession(nullptr);
+  return status;
 }

@@ -8,6 +8,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSet>
+#include <QTabWidget>
 
 #include "app/dlgParPakiet.h"
 #include "database/dlgBazaRejestr.h"
@@ -52,6 +53,19 @@ QChar accessKey(const QString& text) {
   return {};
 }
 
+// The size below which a control's text is cut; none for those that scroll.
+QSize neededSize(const QWidget& widget) {
+  const auto* label = qobject_cast<const QLabel*>(&widget);
+  if (widget.objectName().startsWith(u"qt_")) return {0, 0};
+  if (label && label->wordWrap()) return {0, label->heightForWidth(label->width())};
+  if (const auto* button = qobject_cast<const QPushButton*>(&widget))
+    return button->fontMetrics().size(Qt::TextShowMnemonic, button->text()) + QSize(6, 4);
+  if (label || qobject_cast<const QAbstractButton*>(&widget) || qobject_cast<const QComboBox*>(&widget))
+    return widget.sizeHint();
+  if (qobject_cast<const QLineEdit*>(&widget)) return {0, widget.sizeHint().height()};
+  return {0, 0};
+}
+
 }  // namespace
 
 TEST_F(Keyboard, EveryFieldHasANameAndTheTabReachesIt) {
@@ -92,6 +106,24 @@ TEST_F(Keyboard, NoTwoControlsOfOnePageShareAnAccessKey) {
       if (!button->inherits("QPushButton")) claim(button, button->text());
     for (const QLabel* label : dialog->findChildren<QLabel*>())
       if (label->buddy()) claim(label, label->text());
+  }
+}
+
+// What is written on a control must not be cut off, nor a wrapped text lose its last line.
+TEST_F(Keyboard, NoCaptionIsCutOff) {
+  for (const auto& dialog : dialogs()) {
+    dialog->show();
+    auto* pages = dialog->findChild<QTabWidget*>();
+    for (int page = 0; page < (pages ? pages->count() : 1); ++page) {
+      if (pages) pages->setCurrentIndex(page);
+      for (const QWidget* widget : dialog->findChildren<QWidget*>()) {
+        if (!widget->isVisible()) continue;
+        const std::string where = (dialog->objectName() + u' ' + widget->objectName()).toStdString();
+        const QSize needed = neededSize(*widget);
+        EXPECT_GE(widget->width(), needed.width()) << where;
+        EXPECT_GE(widget->height(), needed.height()) << where;
+      }
+    }
   }
 }
 

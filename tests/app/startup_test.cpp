@@ -10,6 +10,8 @@
 #include <QPushButton>
 #include <QToolBar>
 #include <QTreeWidget>
+#include <functional>
+#include <utility>
 
 #include "app/frmSplash.h"
 #include "app/startup.h"
@@ -48,6 +50,7 @@ class DiaryRegistry : public MemoryRegistry {
   explicit DiaryRegistry(Diary& diary) : diary_(diary) {}
   bool createKey(const QString& key) override {
     if (on) diary_.note(QStringLiteral("klucz ") + key.mid(key.lastIndexOf(u'\\') + 1));
+    if (on && onFirst) std::exchange(onFirst, {})();
     return MemoryRegistry::createKey(key);
   }
   bool write(const QString& key, const QString& name, const QString& value) override {
@@ -62,6 +65,7 @@ class DiaryRegistry : public MemoryRegistry {
     return MemoryRegistry::read(key, name, fallback);
   }
   bool on = false;
+  std::function<void()> onFirst;
 
  private:
   Diary& diary_;
@@ -149,6 +153,10 @@ TEST_F(Start, GoesThroughItsStepsInOrder) {
   otherCopies.others = {kProgramName};
   messages.answers = {Answer::Yes};
   messages.onShow = [&](const Message&) { diary.note(QStringLiteral("pytanie")); };
+  QString version;
+  own.onFirst = [&version] {
+    version = topLevel("frmSplash")->findChild<QLabel*>(QStringLiteral("labWersja"))->text();
+  };
   QObject::connect(&recorded, &Session::databaseChanged, [&] { diary.note(QStringLiteral("baza otwarta")); });
   QObject::connect(&recorded, &Session::userChanged, [&] { diary.note(QStringLiteral("użytkownik")); });
   onDialog<dlgUserLista>([&](dlgUserLista& dialog) {
@@ -178,6 +186,7 @@ TEST_F(Start, GoesThroughItsStepsInOrder) {
                                                     "logowanie [okno]\n"
                                                     "użytkownik [okno] [wolne]\n"
                                                     "koniec [okno] [wolne]"));
+  EXPECT_EQ(version, QStringLiteral("Wersja ") + programVersion().text());
   EXPECT_TRUE(main->autoRefresh().isOn());
   EXPECT_EQ(main->windowTitle(), QStringLiteral("Tandeko(1)"));
 }
