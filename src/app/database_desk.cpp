@@ -6,6 +6,7 @@
 #include "app/child_windows.h"
 #include "database/base_check.h"
 #include "database/base_list.h"
+#include "database/upkeep.h"
 #include "errors/error_reporter.h"
 #include "platform/text.h"
 #include "users/login.h"
@@ -27,7 +28,10 @@ DatabaseDesk::DatabaseDesk(Session& session, QComboBox& cmbBaza, QComboBox& cmbE
 
 bool DatabaseDesk::readList() {
   const QSignalBlocker quiet(&cmbBaza_);
-  return BaseListRead(session_, catalogue_, cmbBaza_);
+  return BaseListRead(session_, catalogue_, cmbBaza_, [this](const CatalogueEntry& entry) {
+    BaseDefrag({session_}, entry.path, entry.password, false);
+    BaseCopy({session_}, entry.path, entry.password, false);
+  });
 }
 
 bool DatabaseDesk::openSelected() {
@@ -138,6 +142,18 @@ void DatabaseDesk::showCurrent() {
   cmbBaza_.setCurrentIndex(index);
   if (!session_.databaseOpen()) cmbEwiRejestr_.clear();
   if (session_.frame()) session_.frame()->updateCommands();
+}
+
+void DatabaseDesk::follow(const QString& oldPath) {
+  for (int i = 0; session_.databaseOpen() && i < catalogue_.size(); ++i) {
+    CatalogueEntry& entry = catalogue_[i];
+    if (entry.path != oldPath) continue;
+    entry.path = session_.databasePath();
+    entry.name = session_.databaseName();
+    entry.password = session_.databasePassword();
+    cmbBaza_.setItemText(i, entry.name);
+  }
+  showCurrent();
 }
 
 void DatabaseDesk::reloadRegisters() {

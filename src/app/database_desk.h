@@ -25,6 +25,8 @@ class DatabaseDesk : public QObject {
   bool openFile(const QString& path);
   bool changeUser();
   void reloadRegisters();
+  // The session's database, which was at `oldPath`, may have another file, name or password now.
+  void follow(const QString& oldPath);
 
  Q_SIGNALS:
   // A database is open and its user logged in.

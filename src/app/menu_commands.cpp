@@ -11,7 +11,9 @@
 #include "app/dlgParPakiet.h"
 #include "app/mdiMenu.h"
 #include "database/dlgBazaRejestr.h"
+#include "database/dlgBazaWlas.h"
 #include "database/structure_update.h"
+#include "database/upkeep.h"
 #include "errors/error_reporter.h"
 #include "errors/support_letter.h"
 #include "register/kreRejewi.h"
@@ -82,6 +84,20 @@ void askQuestion(Session& session) {
     session.messages().refuse(QStringLiteral("Nie można uruchomić programu poczty elektronicznej."));
 }
 
+// A database that is too damaged to be opened is pointed at.
+void repairChosen(Session& session) {
+  QString path = session.databasePath();
+  if (!session.databaseOpen()) {
+    FileChoice choice;
+    choice.title = QStringLiteral("Wskaż bazę danych do naprawy");
+    choice.folder = session.settings().program().folderDatabases;
+    choice.filter = QStringLiteral("Baza danych MS Access (*.mdb)");
+    choice.extension = QStringLiteral("mdb");
+    path = session.messages().openFile(choice);
+  }
+  if (!path.isEmpty()) BaseReapir({session}, path);
+}
+
 void showAbout(Session& session) {
   session.messages().inform(kProgramName + QStringLiteral("\nWersja ") + programVersion().text() +
                                 QStringLiteral("\n\nEwidencja wyposażenia pracowników"),
@@ -112,12 +128,31 @@ QMap<QString, std::function<void()>> menuHandlers(Session& session, mdiMenu& win
       window.updateCommands();
     };
   };
+  const auto upkeep = [&session, &window](auto work) {
+    return [&session, &window, work] {
+      const QString path = session.databasePath();
+      work(path);
+      window.desk().follow(path);
+    };
+  };
   return {
       {QStringLiteral("mnuBazaOtworz"), [&window] { window.desk().chooseFile(); }},
+      {QStringLiteral("mnuNarzOdtworz"),
+       upkeep([&session](const QString& path) { BaseFromArchiw({session}, path); })},
+      {QStringLiteral("mnuNarzArchiw"),
+       upkeep([&session](const QString&) { maintainOpenDatabase({session}, Upkeep::Copy); })},
+      {QStringLiteral("mnuNarzZapisz"),
+       upkeep([&session](const QString& path) { BaseSaveAs({session}, path); })},
+      {QStringLiteral("mnuNarzDefrag"),
+       upkeep([&session](const QString&) { maintainOpenDatabase({session}, Upkeep::Compact); })},
+      {QStringLiteral("mnuNarzNapraw"), upkeep([&session](const QString&) { repairChosen(session); })},
       {QStringLiteral("mnuNarzFundamo"),
        [&session] { startPackageProgram(session, QStringLiteral("Fundamo")); }},
       {QStringLiteral("mnuBazaLista"),
        dialog([&session, &window] { return std::make_unique<dlgBazaRejestr>(session, &window); })},
+      {QStringLiteral("mnuBazaZab"), upkeep([&session, &window](const QString&) {
+         guarded(session, "dlgBazaWlas", [&] { dlgBazaWlas(session, &window).exec(); });
+       })},
       {QStringLiteral("mnuNarzZmienUzyt"), [&window] { window.desk().changeUser(); }},
       {QStringLiteral("mnuZakoncz"), [&window] { window.close(); }},
       {QStringLiteral("mnuEdycjaWytnij"), [] { callOnTextField("cut"); }},

@@ -72,6 +72,8 @@ QString chooseFile(const FileChoice& choice, QFileDialog::AcceptMode mode) {
   dialog.setAcceptMode(mode);
   dialog.setFileMode(mode == QFileDialog::AcceptOpen ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
   dialog.setDefaultSuffix(choice.extension);
+  // Whoever saves asks by himself, in his own words.
+  dialog.setOption(QFileDialog::DontConfirmOverwrite);
   if (!choice.fileName.isEmpty()) dialog.selectFile(choice.fileName);
   if (dialog.exec() != QDialog::Accepted) return {};
   return dialog.selectedFiles().value(0);

@@ -6,6 +6,7 @@
 
 #include "jet/format/error.h"
 #include "jet/format/text.h"
+#include "jet/pager/lock_users.h"
 
 namespace jet {
 
@@ -238,6 +239,28 @@ bool LockFile::waitFor(unsigned limitMs, unsigned longestPauseMs, const std::fun
     env_.sleepMilliseconds(pause);
     if (attempt()) return true;
   }
+}
+
+// A slot that cannot be locked even to share is somebody's. Whoever joins at this very moment takes the next.
+std::vector<std::u16string> lockUsers(Environment& env, const std::filesystem::path& database) {
+  std::vector<std::u16string> users;
+  try {
+    const auto file = env.open(LockFile::pathOf(database), Environment::Open::ReadOnly);
+    const int entries = static_cast<int>(std::min<uint64_t>(file->size() / kEntrySize, kSlots));
+    for (int slot = 1; slot <= entries; ++slot) {
+      if (file->tryLock(kFirstSlot + slot - 1, 1, Lock::Shared)) {
+        file->unlock(kFirstSlot + slot - 1, 1);
+        continue;
+      }
+      std::array<uint8_t, kEntrySize> entry{};
+      file->read((slot - 1) * kEntrySize, entry);
+      const std::u16string machine = nameFrom(Bytes(entry).first(kNameSize));
+      users.push_back(machine.empty() ? u"?" : machine);
+    }
+  } catch (const Error&) {
+    // Nobody has it open, or there is no telling.
+  }
+  return users;
 }
 
 }  // namespace jet
