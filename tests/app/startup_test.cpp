@@ -58,9 +58,10 @@ class DiaryRegistry : public MemoryRegistry {
     return MemoryRegistry::write(key, name, value);
   }
   QString read(const QString& key, const QString& name, const QString& fallback) const override {
-    static const QStringList told = {QStringLiteral("Folder baza"), QStringLiteral("Rozmiar MDI"),
-                                     QStringLiteral("Kolor tla"),   QStringLiteral("Instancje"),
-                                     QStringLiteral("Baza"),        QStringLiteral("Aktywna")};
+    static const QStringList told = {QStringLiteral("Folder baza"),    QStringLiteral("Rozmiar MDI"),
+                                     QStringLiteral("Kolor tla"),      QStringLiteral("Instancje"),
+                                     QStringLiteral("Baza"),           QStringLiteral("Aktywna"),
+                                     QStringLiteral("Defragmentacja"), QStringLiteral("Kopia")};
     if (on && told.contains(name)) diary_.note(QStringLiteral("odczyt ") + name);
     return MemoryRegistry::read(key, name, fallback);
   }
@@ -181,6 +182,10 @@ TEST_F(Start, GoesThroughItsStepsInOrder) {
                                                     "pytanie [splash]\n"
                                                     "okno Tandeko(1) [splash]\n"
                                                     "odczyt Aktywna [splash] [okno]\n"
+                                                    "odczyt Aktywna [splash] [okno]\n"
+                                                    "odczyt Defragmentacja [splash] [okno]\n"
+                                                    "odczyt Aktywna [splash] [okno]\n"
+                                                    "odczyt Kopia [splash] [okno]\n"
                                                     "odczyt Baza [splash] [okno]\n"
                                                     "baza otwarta [okno]\n"
                                                     "logowanie [okno]\n"
