@@ -76,11 +76,11 @@ class Copying {
 
   void makeCopy(Work& work, const QString& to, double end) {
     const double begin = work.done();
-    work.step(QStringLiteral("Kopiowanie pliku bazy..."), begin + (end - begin) * 0.6);
+    work.step(QStringLiteral("Kopiowanie pliku bazy..."), begin + (end - begin) * 0.4);
     const QString staged = steps_.stage(path_, to, work.progress());
     try {
       work.step(QStringLiteral("Sprawdzanie kopii..."), end);
-      steps_.prove(staged, password_, true);
+      steps_.check(staged, password_, work.progress());
     } catch (...) {
       steps_.tryRemove(staged);
       throw;

@@ -65,7 +65,7 @@ class Compacting {
     options.progress = work.progress();
     jet::Workspace(files_).compactDatabase(toPath(before_), toPath(after_), options);
     work.step(QStringLiteral("Sprawdzanie..."), 0.8);
-    steps_.prove(after_, password_, true);
+    steps_.check(after_, password_, work.progress());
     work.step(QStringLiteral("Kopiowanie pliku bazy..."), 0.95);
     const QString staged = steps_.stage(after_, path_, work.progress());
     work.finalStep(QStringLiteral("Kończenie..."), 1);
@@ -73,7 +73,7 @@ class Compacting {
     replaced_ = true;
     steps_.settle(path_);
     held.reset();
-    steps_.prove(path_, password_, false);
+    steps_.prove(path_, password_);
     steps_.tryRemove(after_);
   }
 

@@ -14,8 +14,6 @@ namespace tandeko {
 namespace {
 
 constexpr uint16_t kPolish = 0x0415, kGeneral = 0x0409;
-const QDateTime kDayZero(QDate(1899, 12, 30), QTime(0, 0));
-constexpr double kSecondsADay = 86400;
 
 // The tables that mean something to a user; the rest are the family's shared ones.
 constexpr struct {
@@ -32,6 +30,12 @@ QString sortOrderText(uint16_t lcid) {
   if (lcid == kPolish) return QStringLiteral("polski");
   if (lcid == kGeneral) return QStringLiteral("ogólny (zachodnioeuropejski)");
   return QStringLiteral("inny (%1)").arg(lcid, 4, 16, QLatin1Char('0'));
+}
+
+// That of the oldest object: the one in the file's head is no real date in every file.
+QDateTime creationDate(jet::Database& database) {
+  const auto row = openRows(database, QStringLiteral("SELECT Min(DateCreate) FROM MSysObjects"));
+  return toDateTime(row->field(size_t{0}).value());
 }
 
 QString structureVersion(jet::Database& database) {
@@ -53,8 +57,7 @@ DatabaseFacts databaseFacts(Session& session) {
   facts.structureVersion = structureVersion(database);
   facts.format = header.version == jet::Version::Jet4 ? QStringLiteral("Access 2000–2003 (Jet 4)")
                                                       : QStringLiteral("Access 97 (Jet 3, tylko odczyt)");
-  if (header.created > 0)
-    facts.created = kDayZero.addSecs(static_cast<qint64>(header.created * kSecondsADay + 0.5));
+  facts.created = creationDate(database);
   facts.sortOrder = sortOrderText(header.lcid);
   const std::vector<std::u16string> present = database.tableNames();
   for (const auto& [table, caption] : kTables) {

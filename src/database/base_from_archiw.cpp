@@ -75,11 +75,11 @@ class Restoring {
 
   void restore(Work& work, const QString& password) {
     const HeldDatabase held(files_, path_, password, true);
-    work.step(QStringLiteral("Kopiowanie aktualnej wersji bazy..."), 0.4);
+    work.step(QStringLiteral("Kopiowanie aktualnej wersji bazy..."), 0.3);
     steps_.copy(path_, saved_, work.progress());
     keepJournal();
     stage_ = Stage::CopyingBack;
-    work.step(QStringLiteral("Kopiowanie pliku z archiwum..."), 0.8);
+    work.step(QStringLiteral("Kopiowanie pliku z archiwum..."), 0.55);
     const QString staged = steps_.stage(copy_, path_, work.progress());
     try {
       proveCopy(work, staged, password);
@@ -104,7 +104,7 @@ class Restoring {
   void proveCopy(Work& work, const QString& staged, const QString& password) {
     work.step(QStringLiteral("Sprawdzanie kopii..."), 0.95);
     try {
-      steps_.prove(staged, password, true);
+      steps_.check(staged, password, work.progress());
     } catch (const jet::Error& error) {
       if (error.number() != 3031) throw;
     }

@@ -49,11 +49,11 @@ void save(const UpkeepTools& tools, const QString& path, const QString& password
   if (steps.exists(target))
     targetHeld.emplace(tools.files, toPath(target),
                        jet::LockFile::Options{.exclusive = true, .readOnly = true});
-  work.step(QStringLiteral("Kopiowanie pliku bazy..."), 0.7);
+  work.step(QStringLiteral("Kopiowanie pliku bazy..."), 0.4);
   const QString staged = steps.stage(path, target, work.progress());
   try {
     work.step(QStringLiteral("Sprawdzanie kopii..."), 1);
-    steps.prove(staged, password, true);
+    steps.check(staged, password, work.progress());
   } catch (...) {
     steps.tryRemove(staged);
     throw;

@@ -1,6 +1,7 @@
 #include "database/dlgBazaWlas.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QHeaderView>
 #include <QIntValidator>
 #include <QLocale>
@@ -51,6 +52,12 @@ dlgBazaWlas::dlgBazaWlas(Session& session, QWidget* parent)
     fields.days->setFixedWidth(unit * 8);
     fields.last->setFixedWidth(unit * 18);
     connect(fields.on, &QCheckBox::toggled, this, &dlgBazaWlas::showScheduleState);
+  }
+  for (QLineEdit* field : findChildren<QLineEdit*>()) {
+    if (!field->isReadOnly()) continue;
+    QPalette palette = field->palette();
+    palette.setColor(QPalette::Base, session.settings().program().readOnlyColor);
+    field->setPalette(palette);
   }
   ui_->cmdKopiaFolder->setFixedWidth(ui_->cmdKopiaFolder->sizeHint().height() * 3 / 2);
   for (QLineEdit* field : {ui_->txtHaslo, ui_->txtHasloNowe, ui_->txtHasloPotwierdz})

@@ -1,8 +1,10 @@
 #include "database/file_steps.h"
 
 #include <QFileInfo>
+#include <algorithm>
 
 #include "database/upkeep_names.h"
+#include "database/watched_files.h"
 #include "jet/pager/journal.h"
 #include "jet/pager/lock_file.h"
 #include "platform/text.h"
@@ -110,15 +112,27 @@ void FileSteps::copy(const QString& from, const QString& to, const jet::Progress
   settle(to);
 }
 
-void FileSteps::prove(const QString& path, const QString& password, bool thoroughly) {
-  jet::Workspace workspace(files_);
+void FileSteps::prove(const QString& path, const QString& password) {
+  jet::Workspace(files_).openDatabase(toPath(path), {.readOnly = true, .connect = connectText(password)});
+}
+
+// How far the check has come is seen from what it has read: most pages once, definitions and maps again.
+void FileSteps::check(const QString& path, const QString& password, const jet::Progress& progress) {
+  const double size =
+      static_cast<double>(files_.open(pathOf(path), jet::Environment::Open::ReadOnly)->size());
+  double done = 0;
+  WatchedFiles watched(files_, [&](size_t bytes) {
+    done += static_cast<double>(bytes);
+    if (progress && !progress(std::min(1.0, done / size))) throw jet::Error(kCancelled, {}, kSource);
+  });
+  jet::Workspace workspace(watched);
   const auto database =
       workspace.openDatabase(toPath(path), {.readOnly = true, .connect = connectText(password)});
   std::u16string first;
-  const auto note = [&first](const std::u16string& fault) {
+  const bool sound = database->check([&first](const std::u16string& fault) {
     if (first.empty()) first = fault;
-  };
-  if (thoroughly && !database->check(note)) throw jet::Error::withText(3049, first, kSource);
+  });
+  if (!sound) throw jet::Error::withText(3049, first, kSource);
 }
 
 QString fileErrorText(const jet::Error& error) {

@@ -55,8 +55,10 @@ class FileSteps {
   // All three in one.
   void copy(const QString& from, const QString& to, const jet::Progress& progress = {});
 
-  // Opens the database, and with `thoroughly` checks all of it; throws 3049 with the first fault.
-  void prove(const QString& path, const QString& password, bool thoroughly);
+  // Opens the database to prove that it opens.
+  void prove(const QString& path, const QString& password);
+  // Opens it and checks all of it; throws 3049 with the first fault.
+  void check(const QString& path, const QString& password, const jet::Progress& progress);
 
  private:
   static std::filesystem::path pathOf(const QString& path);
