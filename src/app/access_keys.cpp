@@ -39,12 +39,10 @@ bool AccessKeys::eventFilter(QObject* watched, QEvent* event) {
   if (!widget) return QObject::eventFilter(watched, event);
   event->accept();  // an override: the key comes again, as a press
   if (override) return true;
-  if (auto* button = qobject_cast<QAbstractButton*>(widget)) {
-    button->setFocus(Qt::ShortcutFocusReason);
-    button->click();
-  } else if (QWidget* field = static_cast<QLabel*>(widget)->buddy()) {
+  if (auto* button = qobject_cast<QAbstractButton*>(widget))
+    button->click();  // the focus stays in the list, so that its keys work afterwards
+  else if (QWidget* field = static_cast<QLabel*>(widget)->buddy())
     field->setFocus(Qt::ShortcutFocusReason);
-  }
   return true;
 }
 

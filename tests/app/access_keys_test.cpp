@@ -41,6 +41,7 @@ TEST(AccessKeysTest, TheFormWithTheFocusGoesBeforeTheMenus) {
     list->setFocus();
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_N, Qt::AltModifier);
     EXPECT_EQ(clicks, press) << "every time, though the menu Narzędzia has this key too";
+    EXPECT_EQ(QApplication::focusWidget(), list);
   }
   QTest::keyClick(QApplication::focusWidget(), Qt::Key_P, Qt::AltModifier);
   EXPECT_EQ(QApplication::focusWidget(), room);
