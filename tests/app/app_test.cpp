@@ -10,15 +10,18 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QScreen>
 #include <QSet>
 #include <QSpinBox>
 #include <QToolBar>
 #include <QTreeWidget>
 
 #include "app/dlgParPakiet.h"
+#include "app/frmSplash.h"
 #include "app/instance_check.h"
 #include "app/menu_commands.h"
 #include "app/startup.h"
+#include "app/window_place.h"
 #include "database/handy_list.h"
 #include "lists/form_fields.h"
 #include "support/dialogs.h"
@@ -100,6 +103,7 @@ TEST_F(Desktop, SeveralCopiesMayRunUnlessTheUserForbidsIt) {
                            "aplikacji?"));
   EXPECT_EQ(question.title, QStringLiteral("Program Tandeko"));
   EXPECT_EQ(question.icon, Icon::Question);
+  EXPECT_EQ(question.buttons, Buttons::YesNo);
   EXPECT_EQ(question.defaultButton, Answer::No);
   EXPECT_EQ(windows.raised, QStringList{QStringLiteral("Tandeko")});
 
@@ -492,9 +496,65 @@ TEST_F(Desktop, CommandsOfLaterVersionsAreOffAndSaySo) {
   EXPECT_GT(later, 0);
 }
 
+TEST_F(Desktop, TheWindowComesBackWhereItWasButNeverOutsideTheScreen) {
+  const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+  const struct {
+    const char16_t *size, *place;
+    QSize expected;  // empty: whatever fits
+    bool maximised;
+  } cases[] = {
+      {u"", u"", {}, false},
+      {u"max", u"10 20 600 400", {}, true},
+      {u"640x480", u"10 20 600 400", {640, 480}, false},
+      {u"99999x99999", u"", screen.size(), false},
+      {u"", u"10 20 600 400", {600, 400}, false},
+      {u"", u"10 20 600 400 max", {}, true},
+      {u"", u"90000 90000 600 400", {}, false},
+      {u"", u"a b c", {}, false},
+  };
+  for (const auto& c : cases) {
+    const std::string what = (QString::fromUtf16(c.size) + u'/' + QString::fromUtf16(c.place)).toStdString();
+    session.settings().store(QStringLiteral("Rozmiar MDI"), QString::fromUtf16(c.size));
+    session.settings().store(QStringLiteral("Polozenie MDI"), QString::fromUtf16(c.place));
+    session.settings().load();
+    QMainWindow main;
+    placeMainWindow(main, session.settings());
+    EXPECT_EQ(main.isMaximized(), c.maximised) << what;
+    if (!c.expected.isEmpty()) {
+      EXPECT_EQ(main.size(), c.expected) << what;
+    }
+    EXPECT_TRUE(screen.intersects(main.geometry())) << what;
+    EXPECT_GE(main.width(), 200) << what;
+  }
+  start();
+  window->setGeometry(30, 40, 500, 350);
+  EXPECT_TRUE(window->close());
+  EXPECT_EQ(session.settings().stored(QStringLiteral("Polozenie MDI")), QStringLiteral("30 40 500 350"));
+}
+
+TEST_F(Desktop, TheSplashGivesWayToAQuestion) {
+  frmSplash splash;
+  splash.show();
+  QDialog question;
+  question.show();
+  EXPECT_FALSE(splash.isVisible());
+}
+
 TEST_F(Desktop, MissingToolsAreNamed) {
+  // Beside the test programs lies the tool itself.
+  session.settings().setOwnFolder(folder.path());
   start();
   action("mnuNarzWersja")->trigger();
+  action("mnuNarzFundamo")->trigger();
+  ASSERT_EQ(messages.shown.size(), 2u);
+  EXPECT_EQ(messages.shown[1].icon, Icon::Information);
+  EXPECT_EQ(
+      messages.shown[1].text,
+      QStringLiteral(
+          "Nie można zlokalizować pliku: Fundamo.exe, plik ten powinien znajdować się w katalogu programów "
+          "pakietu Lorvel: ") +
+          folder.path());
+  messages.shown.pop_back();
   EXPECT_EQ(
       messages.takeOnly().text,
       QStringLiteral(
@@ -504,5 +564,6 @@ TEST_F(Desktop, MissingToolsAreNamed) {
   shell.result = ShellResult::NotFound;
   action("mnuPomocPodrecznik")->trigger();
   EXPECT_TRUE(messages.takeOnly().text.startsWith(
-      QStringLiteral("Aby otworzyć podręcznik użytkownika wymagane jest")));
+      QStringLiteral("Aby otworzyć podręcznik użytkownika wymagane jest zainstalowanie przeglądarki Acrobat "
+                     "Reader. Program do pobrania pod adresem: http")));
 }

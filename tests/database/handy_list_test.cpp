@@ -84,6 +84,22 @@ TEST_F(HandyList, ReadingOffersToDropUnreachableEntriesAndSkipsInactiveOnes) {
   EXPECT_TRUE(registry.hasKey(handyKey(QStringLiteral("d.mdb"))));
 }
 
+TEST_F(HandyList, AnEntryThatCannotBeDroppedIsTold) {
+  struct LockedRegistry : MemoryRegistry {
+    bool removeKey(const QString&) override { return false; }
+  } locked;
+  Session other{Platform{locked, messages, shell, mail, clock, windows}};
+  locked.write(handyKey(QStringLiteral("a.mdb")), QStringLiteral("Folder"), folder.path());
+  locked.write(handyKey(QStringLiteral("a.mdb")), QStringLiteral("Aktywna"), QStringLiteral("1"));
+  messages.answers = {Answer::Yes};
+  Catalogue catalogue;
+  QComboBox combo;
+  EXPECT_FALSE(BaseListRead(other, catalogue, combo));
+  ASSERT_EQ(messages.shown.size(), 2u);
+  EXPECT_EQ(messages.shown[1].text, QStringLiteral("Błąd usuwania klucza bazy z rejestru."));
+  EXPECT_EQ(messages.shown[1].buttons, Buttons::Ok);
+}
+
 TEST_F(HandyList, APathThatIsNoDatabaseFailsWithoutAWord) {
   for (const QString& path : {QStringLiteral("*.mdb"), QStringLiteral("/gdzie/lista.txt"), QString()})
     EXPECT_FALSE(BaseCheck(session, path, {}).ok);
