@@ -72,6 +72,7 @@ class DatabaseCopy {
   Value adjustedProperties(const Value& stored, const std::u16string& object);
   std::vector<Row> missingObjects(const TableDef& objects);
   std::vector<Row> missingPermissions(const TableDef& aces);
+  void mendType(Value& type, int32_t id) const;
   Value translatedSid(const Value& sid) const;
   void lose(const std::u16string& what);
   void tick(uint64_t bytes);

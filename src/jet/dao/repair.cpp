@@ -1,18 +1,14 @@
 // How a damaged file is repaired:
 //
-//  1. The file is opened for this copy alone; from here on it is only read. When its first bytes are damaged
-//  a
+//  1. The file is opened for this copy alone; from here on it is only read. When its first bytes are damaged a
 //     copy of it gets new ones and is read instead.
-//  2. Every page is looked at once: data pages by the owner that they name, definitions by their looks, and
-//  the
+//  2. Every page is looked at once: data pages by the owner that they name, definitions by their looks, and the
 //     file's map of free pages.
-//  3. The catalogue is read as far as it goes. Tables whose entries are lost are found by their definitions
-//  and
+//  3. The catalogue is read as far as it goes. Tables whose entries are lost are found by their definitions and
 //     get a name.
 //  4. A table's rows are looked for on the pages of its map, and when the map is damaged or lacks rows on all
 //     pages that name the table and are not free.
-//  5. A new file beside the old one takes everything: each row that can be read, each long value that belongs
-//  to
+//  5. A new file beside the old one takes everything: each row that can be read, each long value that belongs to
 //     one row only. Of rows with the same key in a unique index the first one stays. Maps, counts and indexes
 //     are made anew, entries that every file must have are added.
 //  6. Relationships are made again, as the catalogue or else the definitions tell. One that the rows break is

@@ -65,9 +65,11 @@ void DatabaseCopy::copySystemTables(SystemTables& tables) {
       source_.aces, tables.aces,
       [&](Row& row) {
         if (!mapped(row, tables.aces)) return false;
-        withPermissions_.insert(longValue(column(row, tables.aces, u"ObjectId", Type::Long)));
         Value& sid = column(row, tables.aces, u"SID", Type::Binary);
         sid = translatedSid(sid);
+        if (settings_.tolerant && (sid.isNull() || sid.get<Binary>().empty()))
+          throwDamaged(u"permissions of nobody", source_.aces.def.page);
+        withPermissions_.insert(longValue(column(row, tables.aces, u"ObjectId", Type::Long)));
         return true;
       },
       [&] { return settings_.tolerant ? missingPermissions(tables.aces) : std::vector<Row>(); });
@@ -167,10 +169,11 @@ void DatabaseCopy::copySystemRows(const CopySource::Table& from, TableDef& to, c
 
 // The catalogue entry as the new file has it; false when its object is not carried.
 bool DatabaseCopy::adjustObject(Row& row, const TableDef& def) {
-  Value& id = column(row, def, u"Id", Type::Long);
-  const Value &type = column(row, def, u"Type", Type::Integer), &name = column(row, def, u"Name", Type::Text);
+  Value &id = column(row, def, u"Id", Type::Long), &type = column(row, def, u"Type", Type::Integer);
+  const Value& name = column(row, def, u"Name", Type::Text);
   if (settings_.tolerant && (id.isNull() || type.isNull() || name.isNull() || name.get<Text>().empty()))
     return false;
+  if (settings_.tolerant) mendType(type, longValue(id));
   const int16_t kind = type.isNull() ? int16_t{0} : type.get<int16_t>();
   if (kind == kObjectTable) {
     const auto page = objectIds_.find(longValue(id));
@@ -192,6 +195,16 @@ bool DatabaseCopy::adjustObject(Row& row, const TableDef& def) {
   // The plan that a query once had; it names pages of the old file.
   if (kind == kObjectQuery) column(row, def, u"LvExtra", Type::Ole) = {};
   return true;
+}
+
+// An entry with the number of a table's page is that table's, whatever its type has become. Another that has the
+// number of a new table would be mistaken for it.
+void DatabaseCopy::mendType(Value& type, int32_t id) const {
+  if (type.get<int16_t>() == kObjectTable) return;
+  if (objectIds_.contains(id))
+    type = kObjectTable;
+  else if (id > 0 && static_cast<PageNumber>(id) < to_->pageCount())
+    throwDamaged(u"an object has the number of a page", source_.objects.def.page);
 }
 
 // Makes the name in its container one of its own.
