@@ -63,6 +63,34 @@ TEST_F(Upkeep, AFirmIsTheSameAfterCompactingAndRepairing) {
   compare();
 }
 
+// German texts in the descriptors of the file and its columns; its indexes stay as they are.
+TEST_F(Upkeep, AFileInAnUnknownOrderIsReadAndNotChanged) {
+  ASSERT_EQ(runProcess({FUNDAMO, "--create", file_}).status, 0);
+  ASSERT_EQ(runProcess({DEMOFIRMA, file_, "--items", "300", "--employees", "20"}).status, 0);
+  const std::string query = "SELECT Count(*) AS n FROM ewkar WHERE numewi LIKE '1*' OR numewi = '2/2023'";
+  const std::string before = run({"--format", "tsv", file_, query}).out;
+  std::string bytes = bytesOf(file_);
+  bytes[0x6E] = static_cast<char>(bytes[0x6E] ^ 0x15 ^ 0x07);
+  for (size_t page = 4096; page < bytes.size(); page += 4096) {
+    if (bytes[page] != 2) continue;
+    for (size_t at = page; (at = bytes.find(std::string("\x15\x04\0\0", 4), at)) < page + 4096;) bytes[at] = 0x07;
+  }
+  std::ofstream(file_, std::ios::binary) << bytes;
+
+  const ProcessResult checked = run({file_, "--check"});
+  EXPECT_EQ(checked.status, 0) << checked.out;
+  EXPECT_NE(checked.out.find("note: table swgew: the sort order"), std::string::npos) << checked.out;
+  EXPECT_EQ(run({"--format", "tsv", file_, query}).out, before);
+  EXPECT_EQ(run({file_, "UPDATE swgew SET nazwa = 'x'"}).err.substr(0, 11), "error 3027:");
+  EXPECT_EQ(run({file_, "--compact", compacted_}).err.substr(0, 11), "error 3049:");
+  EXPECT_FALSE(fs::exists(compacted_));
+  const ProcessResult repaired = run({file_, "--repair"});
+  EXPECT_EQ(repaired.out, "the sort order of the file is not known, it is the General one now\n");
+  EXPECT_EQ(run({file_, "--check"}).out, "");
+  EXPECT_EQ(run({"--format", "tsv", file_, query}).out, before);
+  EXPECT_EQ(run({file_, "UPDATE swgew SET nazwa = nazwa & '.'"}).status, 0);
+}
+
 TEST_F(Upkeep, TellsWhatWasLostAndWhatIsWrong) {
   ASSERT_EQ(runProcess({FUNDAMO, "--create", file_}).status, 0);
   EXPECT_EQ(run({file_, "--compact", file_}).err.substr(0, 11), "error 3204:");

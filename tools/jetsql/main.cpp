@@ -1,11 +1,13 @@
 // SQL console over the engine: runs statements on a database file, or prints what the file holds.
 
+#include <algorithm>
 #include <cstdio>
 #include <iostream>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "jet/catalog/row_store.h"
 #include "jet/dao/dao.h"
 #include "jet/sql/engine.h"
 #include "output.h"
@@ -63,13 +65,17 @@ std::optional<Command> commandNamed(const std::string& option) {
 
 bool textsFit(const Arguments& arguments) {
   switch (arguments.command) {
-    case Command::Run: return true;
+    case Command::Run:
+      return true;
     case Command::Tables:
     case Command::Check:
-    case Command::Repair: return arguments.texts.empty();
-    case Command::Schema: return arguments.texts.size() <= 1;
+    case Command::Repair:
+      return arguments.texts.empty();
+    case Command::Schema:
+      return arguments.texts.size() <= 1;
     case Command::Export:
-    case Command::Compact: return arguments.texts.size() == 1;
+    case Command::Compact:
+      return arguments.texts.size() == 1;
   }
   return false;
 }
@@ -121,7 +127,8 @@ void run(jet::Database& database, const std::u16string& statement, Format format
 void runAll(jet::Database& database, std::u16string_view text, Format format, Output& output) {
   jet::sql::Script script = jet::sql::splitScript(text);
   for (const auto& statement : script.statements) run(database, statement, format, output);
-  if (script.rest.find_first_not_of(u" \t\r\n") != std::u16string::npos) run(database, script.rest, format, output);
+  if (script.rest.find_first_not_of(u" \t\r\n") != std::u16string::npos)
+    run(database, script.rest, format, output);
 }
 
 // Each statement runs when its ';' has been read, so that a script can wait for its answer.
@@ -150,6 +157,19 @@ void repair(const Arguments& arguments) {
   jet::Workspace().repairDatabase(toPath(arguments.file), [&output](const std::u16string& line) {
     output.write(jet::toUtf8(line) + '\n');
   });
+}
+
+// Not a fault, but the owner of the file should know.
+void noteUnknownOrders(jet::Database& database, Output& output) {
+  for (const auto& name : database.tableNames()) {
+    const auto table = database.tableDef(name);
+    const auto& indexes = table->realIndexes;
+    if (std::all_of(indexes.begin(), indexes.end(),
+                    [&](const auto& index) { return jet::isOrderKnown(*table, index); }))
+      continue;
+    output.write("note: table " + jet::toUtf8(name) +
+                 ": the sort order of an index is not known; its rows can be read, but not changed\n");
+  }
 }
 
 int perform(const Arguments& arguments) {
@@ -185,10 +205,12 @@ int perform(const Arguments& arguments) {
     case Command::Check: {
       const bool sound = database->check(
           [&output](const std::u16string& fault) { output.write(jet::toUtf8(fault) + '\n'); });
+      if (sound) noteUnknownOrders(*database, output);
       return sound ? 0 : 1;
     }
     case Command::Compact:
-    case Command::Repair: break;  // done above
+    case Command::Repair:
+      break;  // done above
   }
   return 2;
 }

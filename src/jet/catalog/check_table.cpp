@@ -12,8 +12,6 @@ namespace {
 
 constexpr uint32_t kStampOffset = 8;  // in the header of a chain's first page, Jet 4
 
-bool isText(const ColumnDef& column) { return column.type() == Type::Text || column.type() == Type::Memo; }
-
 bool isLive(uint16_t word) { return (word & kSlotDeleted) != kSlotDeleted; }
 
 // Sorts; the rows that are there more than once.
@@ -231,10 +229,7 @@ void TableCheck::checkIndex(size_t real) {
   for (const IndexDef& logical : def_->indexes) {
     if (logical.real == static_cast<int>(real)) name = name_ + u", index " + logical.name;
   }
-  const bool exact = std::all_of(index.columns.begin(), index.columns.end(), [&](const IndexColumn& part) {
-    const ColumnDef& column = def_->columns[static_cast<size_t>(part.ordinal)];
-    return !isText(column) || Collation::get(column.lcid, layout_.version == Version::Jet3).isExact();
-  });
+  const bool exact = isOrderKnown(*def_, index);
   const BTree tree(pager_, def_->page, index.root, index.map);
   for (const PageNumber page : tree.pages()) owners_.claim(page, name);
 

@@ -69,11 +69,7 @@ void FileCatalog::createIndex(std::u16string_view table, const NewIndex& index) 
 // Fills an empty index from the rows present.
 void FileCatalog::buildIndex(const TableDefPtr& def, int real, uint32_t& uniqueEntries) {
   const RealIndex& index = def->realIndexes[real];
-  for (const IndexColumn& part : index.columns) {
-    const ColumnDef& column = def->columns[part.ordinal];
-    const bool text = column.type() == Type::Text || column.type() == Type::Memo;
-    if (text && !Collation::get(column.lcid, false).isExact()) throw Error(3027);
-  }
+  if (!isOrderKnown(*def, index)) throw Error(3027);
   struct Pending {
     BTree::Entry entry;
     bool someNull;

@@ -43,6 +43,14 @@ void addUnique(uint8_t* definition, const FileLayout& layout, size_t index, uint
 
 }  // namespace
 
+bool isOrderKnown(const TableDef& def, const RealIndex& index) {
+  return std::all_of(index.columns.begin(), index.columns.end(), [&](const IndexColumn& part) {
+    const ColumnDef& column = def.columns[part.ordinal];
+    const bool text = column.type() == Type::Text || column.type() == Type::Memo;
+    return !text || Collation::get(column.lcid, isJet3(def)).isExact();
+  });
+}
+
 void addToCounts(Pager& pager, PageNumber definition, int64_t rowDelta, std::optional<int32_t> lastAutoNumber,
                  uint64_t newKeys) {
   const FileLayout& layout = pager.layout();
@@ -79,10 +87,7 @@ const RowStore::KeyPlan& RowStore::keyPlan(size_t index) const {
   if (keyPlans_.empty()) {
     const bool jet3 = isJet3(*def_);
     for (const RealIndex& real : def_->realIndexes) {
-      KeyPlan plan{def_->keyColumns(real, jet3)};
-      for (const KeyColumn& column : plan.columns)
-        plan.isKnownOrder = plan.isKnownOrder && (!column.collation || column.collation->isExact());
-      keyPlans_.push_back(std::move(plan));
+      keyPlans_.push_back({def_->keyColumns(real, jet3), isOrderKnown(*def_, real)});
     }
   }
   return keyPlans_[index];

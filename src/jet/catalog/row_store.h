@@ -20,6 +20,10 @@ constexpr size_t kCountedIndexes = 64;
 // Adds to the number of different keys of one real index, of the first kCountedIndexes.
 void addToUniqueEntries(Pager& pager, PageNumber definition, size_t index, uint32_t count);
 
+// Whether the keys of an index can be made, and be compared with keys that this engine makes: the sort orders of
+// its texts are known byte for byte. Where they are not, rows are found without the index and cannot be changed.
+bool isOrderKnown(const TableDef& def, const RealIndex& index);
+
 // The rows of one table with their long values, index entries and row count kept together. Knows no defaults,
 // rules or relationships. A change that throws may leave a part of itself behind: the caller's transaction
 // level takes it back.

@@ -64,8 +64,12 @@ CopySource describe(Catalog& catalog) {
 
 // Refuses what would not come out right.
 void requireCarriable(const FileHeader& header, std::optional<uint16_t> lcid) {
-  if (lcid && *lcid != header.lcid && *lcid != 0x0409 && *lcid != 0x0415)
-    throw Error(3001, {}, "DAO.Workspace");
+  if (lcid && !Collation::get(*lcid).isExact()) throw Error(3001, {}, "DAO.Workspace");
+  if (!Collation::get(lcid.value_or(header.lcid)).isExact()) {
+    throw Error::withText(3049,
+                          u"The sort order of this database is not known. Choose another one for the copy.",
+                          "DAO.Workspace");
+  }
   if (header.version == Version::Jet3 && header.codePage != 1250 && header.codePage != 1252) {
     throw Error::withText(3049, u"The texts of this database are in a code page that cannot be converted.",
                           "DAO.Workspace");

@@ -1,6 +1,7 @@
 #include "jet/dao/definition_copy.h"
 
 #include <algorithm>
+#include <set>
 
 #include "jet/format/text.h"
 
@@ -58,6 +59,17 @@ void dropNamelessIndexes(TableDef& def) {
   def.realIndexes = std::move(kept);
 }
 
+// Of indexes with one number, which damage has made, the later ones get others.
+void separateIndexNumbers(TableDef& def) {
+  std::set<uint32_t> taken;
+  for (const IndexDef& index : def.indexes) taken.insert(index.number);
+  std::set<uint32_t> seen;
+  for (IndexDef& index : def.indexes) {
+    if (seen.insert(index.number).second) continue;
+    for (index.number = 0; !taken.insert(index.number).second;) ++index.number;
+  }
+}
+
 }  // namespace
 
 TableDef startedAnew(const TableDef& from, std::optional<uint16_t> lcid) {
@@ -74,6 +86,7 @@ TableDef startedAnew(const TableDef& from, std::optional<uint16_t> lcid) {
   }
   renumber(def);
   dropNamelessIndexes(def);
+  separateIndexNumbers(def);
   for (RealIndex& index : def.realIndexes) {
     index.flags |= kJet4IndexFlag;
     index.root = 0;

@@ -1,14 +1,18 @@
 // How a damaged file is repaired:
 //
-//  1. The file is opened for this copy alone; from here on it is only read. When its first bytes are damaged a
+//  1. The file is opened for this copy alone; from here on it is only read. When its first bytes are damaged
+//  a
 //     copy of it gets new ones and is read instead.
-//  2. Every page is looked at once: data pages by the owner that they name, definitions by their looks, and the
+//  2. Every page is looked at once: data pages by the owner that they name, definitions by their looks, and
+//  the
 //     file's map of free pages.
-//  3. The catalogue is read as far as it goes. Tables whose entries are lost are found by their definitions and
+//  3. The catalogue is read as far as it goes. Tables whose entries are lost are found by their definitions
+//  and
 //     get a name.
 //  4. A table's rows are looked for on the pages of its map, and when the map is damaged or lacks rows on all
 //     pages that name the table and are not free.
-//  5. A new file beside the old one takes everything: each row that can be read, each long value that belongs to
+//  5. A new file beside the old one takes everything: each row that can be read, each long value that belongs
+//  to
 //     one row only. Of rows with the same key in a unique index the first one stays. Maps, counts and indexes
 //     are made anew, entries that every file must have are added.
 //  6. Relationships are made again, as the catalogue or else the definitions tell. One that the rows break is
@@ -172,6 +176,10 @@ bool rebuild(Pager& from, const fs::path& to, const Report& report, const Progre
   CopySettings settings;
   settings.password = source.header.password;
   settings.tolerant = true;
+  const uint16_t lcid = source.header.lcid;
+  settings.lcid = Collation::get(lcid).isExact() ? lcid : Collation::kGeneralLcid;
+  if (settings.lcid != lcid && report)
+    report(u"the sort order of the file is not known, it is the General one now");
   settings.report = lose;
   settings.progress = [&](double done) { return advance(kSalvagePart + (1 - kSalvagePart) * done), true; };
   DatabaseCopy copy(source, settings);

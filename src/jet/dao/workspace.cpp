@@ -8,7 +8,6 @@ namespace jet {
 namespace {
 
 constexpr int kMaxTransactionLevel = 5;
-constexpr uint16_t kGeneralLcid = 0x0409;
 
 }  // namespace
 
@@ -60,7 +59,7 @@ std::unique_ptr<Database> Workspace::createDatabase(const std::filesystem::path&
   auto database = std::make_unique<Database::Impl>();
   database->pager =
       Pager::create(impl_->environment, path, Version::Jet4, Catalog::kEmptyDatabasePages);
-  database->catalog = Catalog::createDatabase(*database->pager, localeLcid(locale).value_or(kGeneralLcid), password);
+  database->catalog = Catalog::createDatabase(*database->pager, localeLcid(locale).value_or(Collation::kGeneralLcid), password);
   database->pager->commit();
   database->engine = std::make_unique<sql::Engine>(*database->catalog);
   database->attach(impl_);

@@ -11,6 +11,8 @@ namespace jet {
 // equal exactly when the order calls the texts equal (case and trailing blanks do not count).
 class Collation {
  public:
+  static constexpr uint16_t kGeneralLcid = 0x0409;
+
   // Orders known byte for byte: General (0x0409), Polish (0x0415), and for Jet 3 files General only.
   // Any other lcid gives the General table of the version with isExact() false.
   static const Collation& get(uint16_t lcid, bool jet3 = false);
