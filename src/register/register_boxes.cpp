@@ -183,6 +183,8 @@ StartBox::StartBox(jet::Database& database, QWidget* parent)
   addRow(*grid, 1, u"Stan przedmiotu", cmbStartsew_);
   addRow(*grid, 2, u"Ilość", txtStartIlosc_);
   addRow(*grid, 3, u"Jednostka miary", cmbStartjed_);
+  setTabOrder(cmbStartsew_, txtStartIlosc_);
+  setTabOrder(txtStartIlosc_, cmbStartjed_);
   grid->setColumnStretch(1, 1);
   watch();
 }
