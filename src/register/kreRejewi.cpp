@@ -96,6 +96,8 @@ void runRegisterWizard(Session& session) {
   guarded(session, "kreRejewi", [&] {
     kreRejewi wizard(session, session.frame() ? session.frame()->window() : nullptr);
     wizard.exec();
+    // A message and the wizard close one right behind the other, which loses some window managers the focus.
+    if (session.frame() && session.frame()->window()) session.frame()->window()->activateWindow();
   });
 }
 

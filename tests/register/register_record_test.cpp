@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTest>
 
 #include "lists/form_fields.h"
 #include "register/dlgParRejEwi.h"
@@ -85,6 +86,46 @@ TEST_F(RegisterTest, ChangingToAListAsksAboutSets) {
     EXPECT_EQ(stored(u"Rodzaj"_s), c.kind);
     EXPECT_EQ(place(lamp), c.lampPlace);
   }
+}
+
+TEST_F(RegisterTest, ANoToTheLossOfSetsShowsTheOldKindEvenWhenTheNumberingIsRefused) {
+  item(u"Lampka"_s, kNowak, item(u"Biurko"_s, kNowak));
+  open();
+  choose(u"cmbRodzaj"_s, u"L"_s);
+  dialog->findChild<QRadioButton*>(u"obNumGrupa"_s)->setChecked(true);
+  messages.answers = {Answer::No};
+  apply();
+  ASSERT_EQ(messages.shown.size(), 2u);
+  EXPECT_EQ(messages.shown[1].icon, Icon::Information);
+  EXPECT_EQ(comboKey(*dialog->findChild<QComboBox*>(u"cmbRodzaj"_s)).toString(), u"S"_s);
+}
+
+TEST_F(RegisterTest, WhatCannotBeStoredLeavesTheDialogAsItWas) {
+  open();
+  auto* name = dialog->findChild<QLineEdit*>(u"txtNazwa"_s);
+  name->clear();
+  QTest::keyClicks(name, QString(60, u'a'));
+  EXPECT_EQ(name->text().size(), 50);
+  name->setText(u"Rejestr O'Neila"_s);
+  apply();
+  ASSERT_EQ(failures.failures.size(), 1u);
+  EXPECT_EQ(failures.failures[0].procedure, u"dlgParRejEwi.cmdZapisz"_s);
+  EXPECT_EQ(name->text(), u"Rejestr O'Neila"_s);
+  name->setText(u"Inny"_s);
+  dialog->findChild<QLineEdit*>(u"txtStartIlosc"_s)->setText(u"1,2,3"_s);
+  apply();
+  EXPECT_TRUE(messages.takeOnly().text.startsWith(u"Błędna liczba: 1,2,3"_s));
+  dialog->findChild<QLineEdit*>(u"txtStartIlosc"_s)->setText(u"2"_s);
+  sql(u"DELETE FROM swrew WHERE Indrew = 1"_s);
+  apply();
+  EXPECT_EQ(messages.takeOnly().text, u"Rejestr został w międzyczasie usunięty."_s);
+  EXPECT_EQ(ask(u"SELECT count(*) FROM swrew"_s), u"1"_s);
+}
+
+TEST_F(RegisterTest, ReadersHaveNoWizard) {
+  user(u"P"_s);
+  runRegisterWizard(session);
+  EXPECT_EQ(messages.takeOnly().text, u"Nie masz uprawnień do zmiany rejestrów."_s);
 }
 
 TEST_F(RegisterTest, TheWizardCreatesAndDeletes) {
