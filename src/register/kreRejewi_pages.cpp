@@ -42,6 +42,7 @@ class OperationChoice : public RegisterPage {
       column->addWidget(button);
     }
     operations_->button(0)->setChecked(true);
+    setTabOrder(operations_->buttons().last(), registers_);
     registers_->setObjectName(QStringLiteral("cmbRejestr"));
     registers_->setAccessibleName(QStringLiteral("Rejestr"));
     column->addWidget(registers_);
