@@ -117,7 +117,8 @@ void CheckedField::showFault() {
   if (!label_) {
     // The field shares its place with the label from now on.
     const bool focused = hasFocus();
-    setMinimumWidth(std::min(width(), fontMetrics().averageCharWidth() * 15));
+    setMinimumWidth(
+        std::min(width(), fontMetrics().horizontalAdvance(QStringLiteral("00.00.0000")) + 2 * height()));
     auto* place = new QWidget(parentWidget());
     delete layout->replaceWidget(this, place);
     auto* row = new QHBoxLayout(place);

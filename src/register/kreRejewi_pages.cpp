@@ -167,18 +167,17 @@ class Summary : public RegisterPage {
     const QString period = record.monthly    ? QStringLiteral("miesiąca")
                            : record.perGroup ? QStringLiteral("grupy")
                                              : QStringLiteral("roku");
-    text_->setText(
-        (QStringList{
-             QStringLiteral("Nazwa: ") + record.name,
-             QStringLiteral("Rodzaj: ") +
-                 (record.kind == u"L" ? QStringLiteral("lista") : QStringLiteral("struktura")),
-             QStringLiteral("Postać numeru: ") + NumTemplateBuild(record.numbering),
-             sampleNumbers(record, wizard_.session().clock().today()),
-             QStringLiteral("Ciągłość numeracji w ramach jednego: ") + period,
-             QStringLiteral("Numery proponowane automatycznie: ") + yesNo(record.numberAutomatic) +
-                 QStringLiteral(", zmiana numeru przez użytkownika: ") + yesNo(record.numberEditable),
-         })
-            .join(u'\n'));
+    text_->setText((QStringList{
+                        QStringLiteral("Nazwa: ") + record.name,
+                        QStringLiteral("Rodzaj: ") +
+                            (record.kind == u"L" ? QStringLiteral("lista") : QStringLiteral("struktura")),
+                        QStringLiteral("Postać numeru: ") + NumTemplateBuild(record.numbering),
+                        sampleNumbers(record, wizard_.session().clock().today()),
+                        QStringLiteral("Ciągłość numeracji w ramach jednego: ") + period,
+                        QStringLiteral("Numery proponowane automatycznie: ") + yesNo(record.numberAutomatic),
+                        QStringLiteral("Zmiana numeru przez użytkownika: ") + yesNo(record.numberEditable),
+                    })
+                       .join(u'\n'));
   }
 
  private:
