@@ -112,10 +112,15 @@ QString ScreenMessages::chooseFolder(const QString& title, const QString& start)
 
 QString ScreenMessages::inputText(const QString& title, const QString& label, const QString& initial) {
   const PlainCursor cursor;
-  bool ok = false;
-  const QString text =
-      QInputDialog::getText(QApplication::activeWindow(), title, label, QLineEdit::Normal, initial, &ok);
-  return !ok ? QString() : text.isNull() ? QString(u""_qs) : text;
+  QInputDialog dialog(QApplication::activeWindow());
+  dialog.setWindowTitle(title);
+  dialog.setLabelText(label);
+  dialog.setTextValue(initial);
+  // Wide enough for the title and for a name.
+  dialog.resize(dialog.fontMetrics().averageCharWidth() * 50, dialog.sizeHint().height());
+  if (dialog.exec() != QDialog::Accepted) return {};
+  const QString text = dialog.textValue();
+  return text.isNull() ? QString(u""_qs) : text;
 }
 
 }  // namespace tandeko
