@@ -6,6 +6,9 @@
 //
 // Up to step 3 the database itself is only read.
 
+#include <QDir>
+#include <QFileInfo>
+
 #include "database/database_door.h"
 #include "database/file_steps.h"
 #include "database/scheduled_run.h"
@@ -14,9 +17,6 @@
 #include "database/work_window.h"
 #include "errors/error_reporter.h"
 #include "platform/text.h"
-
-#include <QDir>
-#include <QFileInfo>
 
 namespace tandeko {
 

@@ -1,5 +1,3 @@
-#include <QDir>
-
 #include "database/base_check.h"
 #include "database/database_door.h"
 #include "database/file_steps.h"

@@ -32,7 +32,6 @@ class DatabaseDoor {
   // Also for another version of the data: the password, the structure and the user are checked anew.
   bool reopenChecked();
   void usePassword(const QString& password) { password_ = password; }
-  bool wasOpen() const { return wasOpen_; }
 
  private:
   bool connectTo(const QString& path, const QString& name);
