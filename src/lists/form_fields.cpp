@@ -75,10 +75,15 @@ void makeSearchable(QComboBox& combo) {
   combo.completer()->setCompletionMode(QCompleter::PopupCompletion);
   combo.completer()->setFilterMode(Qt::MatchContains);
   combo.completer()->setCaseSensitivity(Qt::CaseInsensitive);
-  // What was typed and is no entry gives way to the entry that is chosen.
+  // What was typed and fits one entry only chooses it; what is no entry gives way to the one that is chosen.
   QObject::connect(combo.lineEdit(), &QLineEdit::editingFinished, &combo, [&combo] {
     if (combo.currentText().compare(combo.itemText(combo.currentIndex()), Qt::CaseInsensitive) == 0) return;
-    const int at = combo.findText(combo.currentText(), Qt::MatchFixedString);
+    int at = combo.findText(combo.currentText(), Qt::MatchFixedString);
+    if (at < 0 && !combo.currentText().isEmpty()) {
+      combo.completer()->setCompletionPrefix(combo.currentText());
+      if (combo.completer()->completionCount() == 1)
+        at = combo.findText(combo.completer()->currentCompletion(), Qt::MatchFixedString);
+    }
     if (at >= 0)
       combo.setCurrentIndex(at);
     else

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
+#include <QElapsedTimer>
 #include <QKeyEvent>
 #include <QMdiSubWindow>
 #include <QScrollBar>
@@ -21,7 +22,9 @@ namespace tandeko {
 
 namespace {
 
-constexpr int kQuickDelay = 200;  // milliseconds after the last key
+// Milliseconds after the last key. A list that is slow to answer waits for the end of the word.
+constexpr int kQuickDelay = 25, kSlowDelay = 250;
+constexpr int kSlow = 250;  // milliseconds of a query
 const QString kSort = QStringLiteral("Sort ");
 
 // What stays when a list is read again: the current row and the selection by key, the place on the screen.
@@ -81,7 +84,6 @@ KarForm::KarForm(Session& session, const QString& formName, QList<ListColumn> co
   page_->setContentsMargins(4, 4, 4, 4);
   page_->setSpacing(4);
   quickDelay_.setSingleShot(true);
-  quickDelay_.setInterval(kQuickDelay);
   connect(&quickDelay_, &QTimer::timeout, this, &KarForm::requery);
   connect(grid_, &ListGrid::openRequested, this, [this] {
     if (session_.settings().program().openOnDoubleClick || !QApplication::mouseButtons())
@@ -191,6 +193,8 @@ bool KarForm::query() {
   return guarded(session_, "KarRefresh", [this] {
     const Conditions quick = quickConditions();
     if (session_.databaseOpen()) {
+      QElapsedTimer timer;
+      timer.start();
       const QString statement = buildStatement(quick.text, filter_.condition);
       auto rows = session_.database().openRecordset(toU16(statement + QStringLiteral(" ORDER BY ") + sort_),
                                                     jet::RecordsetType::Snapshot);
@@ -198,6 +202,7 @@ bool KarForm::query() {
       statement_ = statement;
       model_->setRows(std::move(rows));
       keeper.restore(*grid_);
+      lastQuery_ = timer.elapsed();
     } else {
       model_->setRows(nullptr);
     }
@@ -348,7 +353,7 @@ void KarForm::addQuickText(QLineEdit* field) {
   field->setClearButtonEnabled(true);
   field->installEventFilter(this);
   connect(field, &QLineEdit::textChanged, this, [this] {
-    if (loading_ == 0) quickDelay_.start();
+    if (loading_ == 0) quickDelay_.start(lastQuery_ > kSlow ? kSlowDelay : kQuickDelay);
   });
   connect(field, &QLineEdit::returnPressed, this, &KarForm::requery);
 }

@@ -164,6 +164,7 @@ class KarForm : public ChildForm {
   QLabel* labOpis_ = nullptr;
   QToolButton* cmdBezFiltru_ = nullptr;
   QTimer quickDelay_;
+  qint64 lastQuery_ = 0;  // milliseconds
   QString standardSort_;
   QString sort_;
   QString statement_;

@@ -14,6 +14,7 @@ namespace {
 
 constexpr int kRowPadding = 6;    // pixels above and below a row's text together
 constexpr int kCellPadding = 14;  // pixels beside a cell's text together
+constexpr int kSortArrow = 14;    // pixels beside a caption
 
 // Raised digits, for the place of a column in the order.
 QString raised(int number) {
@@ -90,7 +91,7 @@ void ListGrid::setFontSize(int points) {
 int ListGrid::standardWidth(int column) const {
   const ListColumn& shown = model_.columns()[column];
   return std::max(shown.width * fontMetrics().averageCharWidth(),
-                  header_->fontMetrics().horizontalAdvance(shown.caption)) +
+                  header_->fontMetrics().horizontalAdvance(shown.caption) + kSortArrow) +
          kCellPadding;
 }
 
