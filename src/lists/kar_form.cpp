@@ -258,7 +258,9 @@ void KarForm::KarRefresh(const QString& filterName, const QString& condition, co
 KarForm::Busy::Busy(KarForm& form) : form_(form) { ++form_.busy_; }
 
 KarForm::Busy::~Busy() {
-  if (--form_.busy_ == 0 && std::exchange(form_.refreshPending_, false)) form_.query();
+  if (--form_.busy_ > 0) return;
+  if (std::exchange(form_.refreshPending_, false)) form_.query();
+  Q_EMIT form_.commandsChanged();  // what the work forbade is allowed again
 }
 
 int KarForm::currentKey() const { return model_->key(grid_->currentRow()); }

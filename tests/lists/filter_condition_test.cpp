@@ -5,6 +5,7 @@
 #include "lists/filter_store.h"
 #include "session/names.h"
 #include "support/scripted_messages.h"
+#include "support/temp_folder.h"
 
 using namespace Qt::StringLiterals;
 
@@ -114,10 +115,12 @@ TEST(FilterCondition, LinesOfTheEditor) {
 }
 
 TEST(FilterStore, EveryPrintableNameAndEveryValueComesBack) {
-  MemoryRegistry registry;
+  const TempFolder folder;
+  FileRegistry registry(QString::fromStdString((folder / "registry").string()));
   FilterStore store(registry, u"karEWKAR"_s);
-  const QStringList names = {u"50% taniej"_s, u"a\\b\\c"_s, u"%5C i %25"_s, u"[x]=\"y\"; ł/Ż"_s,
-                             u"\\"_s,         u"%"_s,       u"x%255C"_s};
+  const QStringList names = {
+      u"50% taniej"_s, u"a\\b\\c"_s, u"%5C i %25"_s, u"[x]=\"y\"; ł/Ż"_s,
+      u"\\"_s,         u"%"_s,       u"x%255C"_s,    u"#;='\"`~!@$^&*(){}|<>?,.:+-_"_s};
   for (const QString& name : names) {
     FilterCondition kept = condition(u"Or"_s, name, u"LIKE"_s, u"'*"_s + name + u"*'"_s);
     ASSERT_TRUE(store.save(name, {kept, FilterCondition{}}));

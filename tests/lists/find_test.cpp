@@ -58,6 +58,14 @@ TEST_F(FindTest, FindsAnywhereInACellWithoutRegardToCase) {
   EXPECT_TRUE(messages.shown.empty());
 }
 
+TEST_F(FindTest, TheListCanDoEverythingAgainAfterwards) {
+  bool may = false;
+  QObject::connect(list.get(), &ChildForm::commandsChanged, list.get(),
+                   [&] { may = list->supports(Command::Popraw); });
+  EXPECT_EQ(find(u"żuraw"_s, 0), 2);
+  EXPECT_TRUE(may) << "the last that buttons and menus heard";
+}
+
 TEST_F(FindTest, AsksBeforeItStartsFromTheTop) {
   messages.answers = {Answer::No, Answer::Yes, Answer::Yes};
   EXPECT_EQ(find(u"łódka"_s, 2), -1);

@@ -6,6 +6,7 @@
 #include <QTest>
 
 #include "lists/dlgFiltrUstaw.h"
+#include "lists/sql_text.h"
 #include "register/card_list_form.h"
 #include "register/dokEWKAR.h"
 #include "register_fixture.h"
@@ -180,6 +181,32 @@ TEST_F(CardListTest, SumsFollowTheList) {
   EXPECT_EQ(sums(), u"2,00|1,00|200,00"_s);
   list->run(Command::Sumuj);
   EXPECT_FALSE(list->isOn(Command::Sumuj));
+}
+
+TEST_F(CardListTest, SumsAreThoseOfTheStatementsParts) {
+  sql(u"UPDATE ewkar SET Cenazak = 17.35, Ilosc = 2.5 WHERE indewi In (%1, %2)"_s.arg(lamp).arg(cabinet));
+  sql(u"UPDATE ewkar SET Cenazak = Null WHERE indewi = %1"_s.arg(scrap));
+  list->KarRefresh();
+  // Each part asked by itself for its totals, Null counting as 0.
+  const auto asked = [this] {
+    double totals[3] = {};
+    for (const QString& part : splitOutside(list->statement(), u"UNION"_s)) {
+      const auto row =
+          openRows(db(), u"SELECT sum(ewkar.Ilosc), count(*), sum(ewkar.Ilosc * ewkar.cenazak)  "_s +
+                             part.sliced(findOutside(part, u"FROM"_s)));
+      for (size_t at = 0; at < 3; ++at) totals[at] += toDouble(row->field(at).value());
+    }
+    return sumText(totals[0]) + u'|' + sumText(totals[1]) + u'|' + sumText(totals[2]);
+  };
+  list->run(Command::Sumuj);
+  EXPECT_EQ(sums(), asked());
+  list->run(Command::WszystkieRejestry);
+  EXPECT_EQ(sums(), asked());
+  type("txtNazwa", u"l"_s);
+  EXPECT_EQ(sums(), asked());
+  EXPECT_EQ(sums().section(u'|', 1, 1), u"1,00"_s);
+  choose("cmbPracownik", u"Nowak Jan"_s);
+  EXPECT_EQ(sums(), asked());
 }
 
 TEST_F(CardListTest, DeletesExactlyWhatIsChosen) {

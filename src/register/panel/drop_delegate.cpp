@@ -10,7 +10,7 @@ QSize DropDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelInd
 
 void DropDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {
   QStyledItemDelegate::initStyleOption(option, index);
-  if (rowSize_.isValid()) option->displayAlignment = Qt::AlignHCenter | Qt::AlignTop;
+  if (below_) option->displayAlignment = Qt::AlignHCenter | Qt::AlignTop;
 }
 
 void DropDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,

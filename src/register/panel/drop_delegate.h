@@ -12,8 +12,11 @@ class DropDelegate : public QStyledItemDelegate {
   DropDelegate(Test isTarget, QObject* parent)
       : QStyledItemDelegate(parent), isTarget_(std::move(isTarget)) {}
 
-  // The size of every row, with texts below their pictures; an invalid one leaves it to the texts.
-  void setRowSize(const QSize& size) { rowSize_ = size; }
+  // The size of every row; an invalid one leaves it to the texts. `below`: texts stand below their pictures.
+  void setRowSize(const QSize& size, bool below) {
+    rowSize_ = size;
+    below_ = below;
+  }
 
   QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
   void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
@@ -24,6 +27,7 @@ class DropDelegate : public QStyledItemDelegate {
  private:
   Test isTarget_;
   QSize rowSize_;
+  bool below_ = false;
 };
 
 }  // namespace tandeko

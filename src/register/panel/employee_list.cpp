@@ -111,6 +111,9 @@ EmployeeList::EmployeeList(QWidget* parent)
   details_->setSortingEnabled(true);
   details_->header()->setSortIndicator(-1, Qt::AscendingOrder);
   details_->header()->setSectionsMovable(true);
+  const int letter = details_->fontMetrics().averageCharWidth();
+  for (const auto& [column, letters] : {std::pair{0, 31}, {1, 11}, {2, 15}})
+    details_->header()->resizeSection(column, letter * letters);
   icons_->setSelectionModel(details_->selectionModel());
   connect(details_->selectionModel(), &QItemSelectionModel::currentChanged, this,
           [this](const QModelIndex& current) {
@@ -149,11 +152,7 @@ void EmployeeList::setMode(Mode mode) {
   icons_->setTextElideMode(Qt::ElideRight);
   const int icon = large ? kLargeIcon : kSmallIcon;
   icons_->setIconSize({icon, icon});
-  const QFontMetrics metrics(icons_->font());
-  const QSize cell = large ? QSize(metrics.averageCharWidth() * 17, kLargeIcon + metrics.height() * 5 / 2)
-                           : QSize(metrics.averageCharWidth() * 26, qMax(kSmallIcon, metrics.height()) + 4);
-  icons_->setGridSize(cell);
-  static_cast<DropDelegate*>(icons_->itemDelegate())->setRowSize(large ? cell : QSize());
+  sizeCells();
   const bool focused = view().hasFocus();
   setCurrentWidget(mode == Mode::Details ? static_cast<QWidget*>(details_) : icons_);
   setFocusProxy(&view());
@@ -161,11 +160,28 @@ void EmployeeList::setMode(Mode mode) {
   if (view().currentIndex().isValid()) view().scrollTo(view().currentIndex());
 }
 
+// Names below large pictures break over lines; beside small ones the widest of them fits.
+void EmployeeList::sizeCells() {
+  const QFontMetrics metrics(icons_->font());
+  const int letter = metrics.averageCharWidth();
+  const bool large = mode_ == Mode::LargeIcons;
+  QSize cell(letter * 17, kLargeIcon + metrics.height() * 5 / 2);
+  if (!large) {
+    int widest = letter * 14;
+    for (const EmployeeEntry& entry : model_.entries())
+      widest = qMax(widest, metrics.horizontalAdvance(entry.name));
+    cell = QSize(qMin(widest, letter * 40) + kSmallIcon + letter * 3, qMax(kSmallIcon, metrics.height()) + 4);
+  }
+  icons_->setGridSize(cell);
+  static_cast<DropDelegate*>(icons_->itemDelegate())->setRowSize(cell, large);
+}
+
 QAbstractItemView& EmployeeList::view() { return *static_cast<QAbstractItemView*>(currentWidget()); }
 
 void EmployeeList::setEntries(std::vector<EmployeeEntry> entries) {
   filling_ = true;
   model_.setEntries(std::move(entries));
+  sizeCells();
   const auto& header = *details_->header();
   if (header.sortIndicatorSection() >= 0)
     model_.sort(header.sortIndicatorSection(), header.sortIndicatorOrder());

@@ -84,6 +84,7 @@ class EmployeeList : public QStackedWidget {
  private:
   void prepare(QAbstractItemView& view);
   bool handleKey(const QKeyEvent& key);
+  void sizeCells();
 
   EmployeeModel model_;
   QTreeView* details_;

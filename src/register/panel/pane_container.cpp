@@ -9,7 +9,7 @@ namespace {
 
 constexpr size_t kColumns = 2;  // of one pane; the others are above each other
 
-const QList<int> kStandardColumns{260, 400, 400};
+const QList<int> kStandardColumns{330, 420, 420};
 const QList<int> kStandardStack{400, 200};
 
 }  // namespace
