@@ -1,12 +1,17 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QScrollBar>
 #include <QTest>
 
+#include "register/frmPodziel.h"
 #include "register/panel/karEWPAN.h"
 #include "register/panel/panel_layout.h"
 #include "register_fixture.h"
+#include "support/dialogs.h"
 
 using namespace Qt::StringLiterals;
 
@@ -295,6 +300,42 @@ TEST_F(PanelTest, CopiesAndMovesWithTheKeyboard) {
   QTest::keyClick(bin, Qt::Key_V);
   EXPECT_EQ(place(chair), u"-1/0"_s);
   EXPECT_EQ(bin->selectedItem(), chair);
+}
+
+TEST_F(PanelTest, NewEditAndSplitOpenTheirForms) {
+  selectNode(*warehouse, chair);
+  QTest::keyClick(warehouse, Qt::Key_Insert);
+  auto* form = qobject_cast<dokEWKAR*>(frame.opened.back());
+  ASSERT_TRUE(form);
+  EXPECT_EQ(form->KarParent(), u"karEWPAN"_s);
+  EXPECT_EQ(child<QComboBox>(*form, "cmbPracownik")->currentText(), u"[Magazyn]"_s);
+  EXPECT_TRUE(child<QComboBox>(*form, "cmbParent")->currentText().startsWith(u"Krzesło"_s));
+  child<QLineEdit>(*form, "txtNazwa")->setText(u"Poduszka"_s);
+  child<QPushButton>(*form, "cmdZapisz")->click();
+  EXPECT_EQ(ask(u"SELECT parent FROM ewkar WHERE Nazwa = 'Poduszka' And indpra = 0"_s), str(chair));
+  const int cushion = ask(u"SELECT indewi FROM ewkar WHERE Nazwa = 'Poduszka'"_s).toInt();
+  EXPECT_EQ(warehouse->selectedItem(), cushion) << "the panel shows what was saved";
+
+  QTest::keyClick(warehouse, Qt::Key_Return, Qt::ControlModifier);
+  form = qobject_cast<dokEWKAR*>(frame.opened.back());
+  EXPECT_EQ(form->recordKey(), cushion);
+
+  selectNode(*warehouse, chair);
+  panel->run(Command::SprzPodziel);
+  EXPECT_EQ(messages.takeOnly().text,
+            u"Nie można podzielić przedmiotu, który ma przypisane elementy. Usuń lub przesuń elementy "
+            u"przypisane do przedmiotu i spróbuj ponownie."_s);
+  sql(u"UPDATE ewkar SET Ilosc = 5 WHERE indewi = "_s + str(cushion));
+  selectNode(*warehouse, cushion);
+  onDialog<frmPodziel>([](frmPodziel& dialog) {
+    child<QLineEdit>(dialog, "txtIlosc2")->setText(u"2"_s);
+    child<QPushButton>(dialog, "cmdZapisz")->click();
+  });
+  panel->run(Command::SprzPodziel);
+  EXPECT_EQ(ask(u"SELECT sum(Ilosc) & '/' & count(*) FROM ewkar WHERE Nazwa = 'Poduszka'"_s), u"5/2"_s);
+  EXPECT_NE(warehouse->selectedItem(), cushion) << "the new part is selected";
+  for (size_t at = 1; at < frame.opened.size(); ++at) delete frame.opened[at];
+  frame.opened = {panel.get()};
 }
 
 TEST_F(PanelTest, CommandsFollowSelectionAndRights) {
