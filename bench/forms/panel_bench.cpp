@@ -1,4 +1,4 @@
-// How long the panel takes to open and to show a move, on a register with 20,000 items in the warehouse.
+// How long the panel takes to open, to fill a tree of 20,000 items, and to move a set of 500 components.
 //
 //   QT_QPA_PLATFORM=offscreen bench_forms
 
@@ -7,6 +7,7 @@
 #include <QApplication>
 
 #include "firm_session.h"
+#include "platform/statements.h"
 #include "register/panel/karEWPAN.h"
 
 namespace {
@@ -19,7 +20,13 @@ Firm& firm() {
   return made;
 }
 
-void openPanel(benchmark::State& state) {
+// 2,000 employees and 50,000 items.
+Firm& manyEmployees() {
+  static Firm made({.employees = 2000, .items = 50'000, .registers = 1, .seed = 2});
+  return made;
+}
+
+void openPanel(benchmark::State& state, Firm& (*firm)()) {
   Session& session = firm().session();
   for (auto _ : state) {
     karEWPAN panel(session);
@@ -42,7 +49,40 @@ void refillWarehouse(benchmark::State& state) {
   state.counters["items"] = static_cast<double>(tree->items().tree().nodes().size());
 }
 
-BENCHMARK(openPanel)->Unit(benchmark::kMillisecond);
+// A set of 500 components from an employee to the warehouse and back, both trees filled again each time.
+void moveBigSet(benchmark::State& state) {
+  Session& session = manyEmployees().session();
+  jet::Database& database = session.database();
+  const auto add = [&](const QString& name, const QString& parent) {
+    execute(database,
+            QStringLiteral("INSERT INTO ewkar (indrew, indpra, parent, Nazwa, Indgew, Indsew) SELECT "
+                           "TOP 1 1, 1, ") +
+                parent + QStringLiteral(", '") + name +
+                QStringLiteral("', Indgew, Indsew FROM ewkar WHERE indrew = 1"));
+    return database.lastAutoNumber();
+  };
+  const ItemStore store{session.workspace(), database, 1};
+  int set = 0;
+  {
+    Transaction transaction(session.workspace());
+    set = add(QStringLiteral("Wielki zestaw"), QStringLiteral("Null"));
+    for (int i = 0; i < 500; ++i) add(QStringLiteral("Element"), str(set));
+    transaction.commit();
+  }
+  bool here = true;
+  size_t moved = 0;
+  for (auto _ : state) {
+    moved = PanelMoveItem(store, set, here ? kWarehouse : 1, 0).record.after.size();
+    benchmark::DoNotOptimize(ItemTree::load(database, 1, kWarehouse).nodes().size());
+    benchmark::DoNotOptimize(ItemTree::load(database, 1, 1).nodes().size());
+    here = !here;
+  }
+  state.counters["items"] = static_cast<double>(moved);
+}
+
+BENCHMARK_CAPTURE(openPanel, oneBigWarehouse, firm)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(openPanel, manyEmployees, manyEmployees)->Unit(benchmark::kMillisecond);
+BENCHMARK(moveBigSet)->Unit(benchmark::kMillisecond);
 BENCHMARK(refillWarehouse)->Unit(benchmark::kMillisecond);
 
 }  // namespace
