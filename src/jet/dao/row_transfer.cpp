@@ -78,6 +78,7 @@ void RowTransfer::readColumn(const RowReader& row, size_t i) {
     column = {row.boolean(from), {}};
   } else {
     column = {!row.isNull(from), row.stored(from)};
+    if (column.isSet && column.bytes.size() < fixedSize(target.type())) row.value(from);  // throws: cut short
     if (column.isSet && jet3_ && isText(target.type())) convertText(column.bytes, i);
   }
   const auto& indexed = builder_.indexedColumns();
