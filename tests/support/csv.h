@@ -34,8 +34,10 @@ inline std::vector<CsvRow> parseCsv(const std::string& text) {
     row.push_back(std::move(field));
     if (at < text.size() && text[at] == ',') {
       ++at;
-      if (at == text.size() || text[at] == '\r' || text[at] == '\n') row.emplace_back();
-      else continue;
+      if (at == text.size() || text[at] == '\r' || text[at] == '\n')
+        row.emplace_back();
+      else
+        continue;
     }
     if (at < text.size() && text[at] == '\r') ++at;
     if (at < text.size() && text[at] == '\n') ++at;

@@ -13,6 +13,7 @@
 #include "structure/create.h"
 #include "structure/description.h"
 #include "structure/upgrade.h"
+#include "support/error_of.h"
 #include "support/process.h"
 #include "support/temp_folder.h"
 
@@ -33,15 +34,6 @@ std::string joined(const UpgradeResult& result) {
   std::string all;
   for (const auto& line : result.report) all += toUtf8(line) + "\n";
   return all;
-}
-
-int errorOf(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const jet::Error& error) {
-    return error.number();
-  }
-  return 0;
 }
 
 // A database of the current structure, taken back to an older state.

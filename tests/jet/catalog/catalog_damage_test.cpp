@@ -121,9 +121,9 @@ TEST(CatalogDamage, CreatedFile) {
 }
 
 TEST(CatalogDamage, Samples) {
-  if (samples().empty()) GTEST_SKIP() << "TANDEKO_SAMPLES names no folder with samples";
+  if (sampleFiles().empty()) GTEST_SKIP() << "TANDEKO_SAMPLES names no folder with samples";
   const ScratchFolder scratch;
-  for (const auto& file : samples()) {
+  for (const auto& file : sampleFiles()) {
     SCOPED_TRACE(file.filename());
     const std::string sound = readFile(file);
     if (sound.size() > 1024 * 1024) continue;

@@ -514,9 +514,9 @@ TEST_F(CatalogDdl, PropertiesAndCacheFollowEveryChange) {
 }
 
 TEST(CatalogOfRealFiles, TakesEveryChange) {
-  if (samples().empty()) GTEST_SKIP() << "TANDEKO_SAMPLES names no folder with samples";
+  if (sampleFiles().empty()) GTEST_SKIP() << "TANDEKO_SAMPLES names no folder with samples";
   const ScratchFolder scratch;
-  for (const auto& file : samples()) {
+  for (const auto& file : sampleFiles()) {
     SCOPED_TRACE(file.filename());
     const auto copy = scratch / file.filename().string();
     std::filesystem::copy_file(file, copy);

@@ -11,6 +11,8 @@
 #include "jet/catalog/catalog.h"
 #include "jet/format/error.h"
 #include "jet/pager/pager.h"
+#include "support/error_of.h"
+#include "support/samples.h"
 
 namespace jet {
 
@@ -54,29 +56,6 @@ inline OpenDatabase createDatabase(const std::filesystem::path& path, uint16_t l
   db.catalog = Catalog::createDatabase(*db.pager, lcid, password);
   db.pager->commit();
   return db;
-}
-
-// Real files of the folder that TANDEKO_SAMPLES names; none without it.
-inline std::vector<std::filesystem::path> samples() {
-  std::vector<std::filesystem::path> files;
-  const char* folder = std::getenv("TANDEKO_SAMPLES");
-  if (!folder) return files;
-  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-    if (entry.path().extension() == ".mdb") files.push_back(entry.path());
-  }
-  std::sort(files.begin(), files.end());
-  return files;
-}
-
-// The number of the jet::Error that `action` throws; 0 when it throws none.
-template <typename Action>
-int errorOf(Action&& action) {
-  try {
-    action();
-  } catch (const Error& error) {
-    return error.number();
-  }
-  return 0;
 }
 
 }  // namespace jet

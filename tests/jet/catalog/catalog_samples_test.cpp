@@ -188,9 +188,9 @@ std::vector<std::string> dumpedLines(const std::filesystem::path& dump) {
 }
 
 TEST(CatalogSamples, StructureMatchesTheDumps) {
-  if (samples().empty()) GTEST_SKIP() << "TANDEKO_SAMPLES names no folder with samples";
+  if (sampleFiles().empty()) GTEST_SKIP() << "TANDEKO_SAMPLES names no folder with samples";
   const ScratchFolder scratch;
-  for (const auto& file : samples()) {
+  for (const auto& file : sampleFiles()) {
     SCOPED_TRACE(file.filename());
     const auto copy = scratch / file.filename().string();
     std::filesystem::copy_file(file, copy);
@@ -206,9 +206,9 @@ TEST(CatalogSamples, StructureMatchesTheDumps) {
 // A definition of the original must come out of the writer as it went in, but for fields that hold remains
 // of old memory there.
 TEST(CatalogSamples, DefinitionsSurviveRewriting) {
-  if (samples().empty()) GTEST_SKIP() << "TANDEKO_SAMPLES names no folder with samples";
+  if (sampleFiles().empty()) GTEST_SKIP() << "TANDEKO_SAMPLES names no folder with samples";
   const ScratchFolder scratch;
-  for (const auto& file : samples()) {
+  for (const auto& file : sampleFiles()) {
     SCOPED_TRACE(file.filename());
     const auto copy = scratch / file.filename().string();
     std::filesystem::copy_file(file, copy);

@@ -270,8 +270,8 @@ TEST_F(CheckTest, SurvivesRandomDamage) {
 }
 
 TEST(CheckSamples, RealFilesAreSound) {
-  if (samples().empty()) GTEST_SKIP();
-  for (const auto& path : samples()) {
+  if (sampleFiles().empty()) GTEST_SKIP();
+  for (const auto& path : sampleFiles()) {
     const ScratchFolder folder;
     std::filesystem::copy_file(path, folder / "copy.mdb");
     std::filesystem::permissions(folder / "copy.mdb", std::filesystem::perms::owner_all);
@@ -282,9 +282,9 @@ TEST(CheckSamples, RealFilesAreSound) {
 
 // Rows of real files are taken out, put back and changed; refusals are fine, faults are not.
 TEST(CheckSamples, RealFilesStaySoundThroughChanges) {
-  if (samples().empty()) GTEST_SKIP();
+  if (sampleFiles().empty()) GTEST_SKIP();
   int done = 0, refused = 0;
-  for (const auto& path : samples()) {
+  for (const auto& path : sampleFiles()) {
     const ScratchFolder folder;
     std::filesystem::copy_file(path, folder / "copy.mdb");
     std::filesystem::permissions(folder / "copy.mdb", std::filesystem::perms::owner_all);

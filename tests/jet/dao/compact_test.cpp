@@ -9,9 +9,11 @@
 #include "database_text.h"
 #include "jet/catalog/row_store.h"
 #include "jet/storage/key_sorter.h"
+#include "support/error_of.h"
 #include "support/fault_env.h"
 #include "support/other_reader.h"
 #include "support/process.h"
+#include "support/samples.h"
 #include "support/temp_folder.h"
 
 namespace jet {
@@ -32,16 +34,6 @@ std::vector<std::string> filesIn(const fs::path& folder) {
   for (const auto& entry : fs::directory_iterator(folder)) names.push_back(entry.path().filename().string());
   std::sort(names.begin(), names.end());
   return names;
-}
-
-template <typename Action>
-int errorOf(Action&& action) {
-  try {
-    action();
-  } catch (const Error& error) {
-    return error.number();
-  }
-  return 0;
 }
 
 // Tables with every kind of trouble: deleted columns and rows, columns that came later, moved rows, long

@@ -185,12 +185,3 @@ void saveQuery(jet::Database& database, std::u16string_view name, std::u16string
       add(255, {}, {});
   change.commit();
 }
-
-std::vector<fs::path> sampleFiles() {
-  std::vector<fs::path> files;
-  if (const char* folder = std::getenv("TANDEKO_SAMPLES"))
-    for (const auto& entry : fs::directory_iterator(folder))
-      if (entry.path().extension() == ".mdb") files.push_back(entry.path());
-  std::sort(files.begin(), files.end());
-  return files;
-}

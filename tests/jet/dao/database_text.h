@@ -22,6 +22,3 @@ std::string difference(const std::vector<std::string>& before, const std::vector
 // Saves a query "SELECT column FROM table WHERE condition", as the query designer does.
 void saveQuery(jet::Database& database, std::u16string_view name, std::u16string_view column,
                std::u16string_view table, std::u16string_view condition);
-
-// The files of the folder that TANDEKO_SAMPLES names; none without it.
-std::vector<std::filesystem::path> sampleFiles();

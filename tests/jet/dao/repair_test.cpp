@@ -12,7 +12,9 @@
 #include "jet/catalog/row_store.h"
 #include "jet/storage/data_page.h"
 #include "jet/storage/long_value.h"
+#include "support/error_of.h"
 #include "support/other_reader.h"
+#include "support/samples.h"
 #include "support/temp_folder.h"
 
 namespace jet {
@@ -21,16 +23,6 @@ namespace {
 namespace fs = std::filesystem;
 using Lines = std::vector<std::string>;
 constexpr size_t kPage = 4096;
-
-template <typename Action>
-int errorOf(Action&& action) {
-  try {
-    action();
-  } catch (const Error& error) {
-    return error.number();
-  }
-  return 0;
-}
 
 std::string contentOf(const fs::path& path) {
   std::ifstream in(path, std::ios::binary);

@@ -10,20 +10,12 @@
 #include "dump_value.h"
 #include "jet/dao/dao.h"
 #include "support/other_reader.h"
+#include "support/samples.h"
 #include "support/temp_folder.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-std::vector<fs::path> samples() {
-  std::vector<fs::path> files;
-  if (const char* folder = std::getenv("TANDEKO_SAMPLES"))
-    for (const auto& entry : fs::directory_iterator(folder))
-      if (entry.path().extension() == ".mdb") files.push_back(entry.path());
-  std::sort(files.begin(), files.end());
-  return files;
-}
 
 // The row lines of each table, by the table's quoted name.
 std::map<std::string, std::vector<std::string>> dumpedRows(const fs::path& dump) {
@@ -93,8 +85,8 @@ void turnTextsOfFirst(jet::Recordset& rows) {
 }  // namespace
 
 TEST(Samples, ReadToTheSameRowsAsTheirDumps) {
-  if (samples().empty()) GTEST_SKIP() << "TANDEKO_SAMPLES names no folder of samples";
-  for (const fs::path& file : samples()) {
+  if (sampleFiles().empty()) GTEST_SKIP() << "TANDEKO_SAMPLES names no folder of samples";
+  for (const fs::path& file : sampleFiles()) {
     SCOPED_TRACE(file.filename().string());
     jet::Workspace workspace;
     const auto database = workspace.openDatabase(file, {.readOnly = true, .connect = {}});
@@ -107,8 +99,8 @@ TEST(Samples, ReadToTheSameRowsAsTheirDumps) {
 }
 
 TEST(Samples, AreSound) {
-  if (samples().empty()) GTEST_SKIP() << "TANDEKO_SAMPLES names no folder of samples";
-  for (const fs::path& file : samples()) {
+  if (sampleFiles().empty()) GTEST_SKIP() << "TANDEKO_SAMPLES names no folder of samples";
+  for (const fs::path& file : sampleFiles()) {
     SCOPED_TRACE(file.filename().string());
     jet::Workspace workspace;
     const auto database = workspace.openDatabase(file, {.readOnly = true, .connect = {}});
@@ -117,8 +109,8 @@ TEST(Samples, AreSound) {
 }
 
 TEST(Samples, StaySoundWhenCopiesOfThemAreChanged) {
-  if (samples().empty()) GTEST_SKIP() << "TANDEKO_SAMPLES names no folder of samples";
-  for (const fs::path& file : samples()) {
+  if (sampleFiles().empty()) GTEST_SKIP() << "TANDEKO_SAMPLES names no folder of samples";
+  for (const fs::path& file : sampleFiles()) {
     SCOPED_TRACE(file.filename().string());
     const TempFolder folder;
     fs::copy_file(file, folder / "copy.mdb");

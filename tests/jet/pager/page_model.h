@@ -9,6 +9,7 @@
 
 #include "jet/format/error.h"
 #include "jet/pager/pager.h"
+#include "support/error_of.h"
 
 namespace jet::test {
 
@@ -65,17 +66,6 @@ inline void createDatabase(Environment& env, const std::filesystem::path& path, 
   head.data()[0x14] = static_cast<uint8_t>(version);
   for (int slot = 0; slot < 256; ++slot) put16(head.data() + pager->layout().commitTable + 2 * slot, 0x0100);
   pager->commit();
-}
-
-// The number of the Error that the action throws; 0 when none.
-template <typename Action>
-int errorOf(Action action) {
-  try {
-    action();
-  } catch (const Error& error) {
-    return error.number();
-  }
-  return 0;
 }
 
 inline bool longRun() { return std::getenv("TANDEKO_LONG") != nullptr; }

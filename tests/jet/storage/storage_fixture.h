@@ -9,6 +9,7 @@
 #include "jet/hex.h"
 #include "jet/storage/data_page.h"
 #include "jet/storage/usage_map.h"
+#include "support/error_of.h"
 
 namespace jet {
 
@@ -86,17 +87,6 @@ inline ::testing::AssertionResult isSoundDataPage(Bytes page, const FileLayout& 
     return ::testing::AssertionFailure()
            << "free " << data_page::freeBytes(page, layout) << " not " << end - slotsEnd;
   return ::testing::AssertionSuccess();
-}
-
-// The number of the Error that `call` throws, 0 for none.
-template <typename Call>
-int errorOf(Call&& call) {
-  try {
-    call();
-  } catch (const Error& e) {
-    return e.number();
-  }
-  return 0;
 }
 
 inline std::string randomBytes(std::mt19937& random, size_t length) {
