@@ -221,6 +221,7 @@ int main(int argc, char** argv) {
 #ifdef _WIN32
   _setmode(_fileno(stdout), _O_BINARY);
 #endif
+  std::ios::sync_with_stdio(false);
   const std::vector<std::string> words(argv + 1, argv + argc);
   if (words.size() == 1 && words[0] == "--help") return std::fputs(kUsage, stdout), 0;
   if (words.size() == 1 && words[0] == "--version") return std::puts("jetsql " TANDEKO_VERSION), 0;

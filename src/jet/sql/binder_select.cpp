@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <unordered_map>
 
 #include "jet/format/error.h"
 #include "jet/format/text.h"
@@ -166,44 +165,39 @@ class SelectBinder {
 
   // --- names
 
-  void nameColumns() {
-    // How many columns of each name, and whether they come from different sources.
-    struct Use {
-      const Slot* slot = nullptr;
-      size_t last = 0;
-      bool clashes = false;
-    };
-    std::unordered_map<std::u16string, Use> uses;
-    std::set<std::u16string> aliases;
-    for (const Item& item : items_)
-      if (!item.alias.empty() && !aliases.insert(foldName(item.alias)).second)
-        throw Error(3062, {item.alias}, "DAO.Database");
-    for (size_t i = 0; i < items_.size(); ++i) {
-      const Item& item = items_[i];
-      if (!item.alias.empty() || !item.slot) continue;
-      Use& use = uses[foldName(item.name)];
-      if ((use.slot && use.slot != item.slot) || aliases.count(foldName(item.name))) use.clashes = true;
-      use.slot = item.slot;
-      use.last = i;
-    }
-    std::unordered_map<std::u16string, size_t> lastQualified;
-    const auto qualified = [](const Item& item) {
-      return item.qualifier.empty() ? item.name : item.qualifier + u"." + item.name;
-    };
-    for (size_t i = 0; i < items_.size(); ++i) lastQualified[foldName(qualified(items_[i]))] = i;
-    for (size_t i = 0; i < items_.size(); ++i) {
-      const Item& item = items_[i];
-      ResultColumn column = describe(*item.expression);
-      if (!item.alias.empty()) {
-        column.name = item.alias;
-      } else if (!item.slot) {
-        column.name = u"Expr" + number(1000 + i);
-      } else {
-        const Use& use = uses[foldName(item.name)];
-        const bool repeated = use.clashes ? lastQualified[foldName(qualified(item))] != i : use.last != i;
-        column.name = repeated ? u"Expr" + number(1000 + i) : use.clashes ? qualified(item) : item.name;
+  static std::u16string qualified(const Item& item) {
+    return item.qualifier.empty() ? item.name : item.qualifier + u"." + item.name;
+  }
+
+  // A column has its own name, with its source's when another source's column or an alias has the same; of
+  // equal names only the last one stays.
+  std::u16string columnName(size_t i) const {
+    const Item& item = items_[i];
+    if (!item.alias.empty()) return item.alias;
+    bool clashes = false, isRepeated = !item.slot;
+    for (size_t j = 0; j < items_.size() && item.slot; ++j) {
+      const Item& other = items_[j];
+      if (!other.alias.empty()) {
+        clashes = clashes || sameName(other.alias, item.name);
+      } else if (j != i && other.slot && sameName(other.name, item.name)) {
+        clashes = clashes || other.slot != item.slot;
+        isRepeated = isRepeated || j > i;
       }
-      columns_.push_back(std::move(column));
+    }
+    if (clashes)
+      isRepeated = std::any_of(items_.begin() + static_cast<std::ptrdiff_t>(i) + 1, items_.end(),
+                               [&](const Item& later) { return sameName(qualified(later), qualified(item)); });
+    return isRepeated ? u"Expr" + number(1000 + i) : clashes ? qualified(item) : item.name;
+  }
+
+  void nameColumns() {
+    for (size_t i = 0; i < items_.size(); ++i)
+      for (size_t j = 0; j < i && !items_[i].alias.empty(); ++j)
+        if (sameName(items_[j].alias, items_[i].alias)) throw Error(3062, {items_[i].alias}, "DAO.Database");
+    columns_.reserve(items_.size());
+    for (size_t i = 0; i < items_.size(); ++i) {
+      columns_.push_back(describe(*items_[i].expression));
+      columns_.back().name = columnName(i);
     }
   }
 

@@ -27,6 +27,8 @@ bool hasSubquery(const ast::Expr& e) {
          std::any_of(e.args.begin(), e.args.end(), [](const auto& arg) { return hasSubquery(*arg); });
 }
 
+using ParsedStatement = std::shared_ptr<const ast::Statement>;
+
 // The rules evaluate as part of the running statement.
 class RunningStatement {
  public:
@@ -87,10 +89,20 @@ struct DynasetPlan::Outputs {
 struct Engine::Impl {
   explicit Impl(Catalog& c) : catalog(c), rules(c) {}
 
+  // The last statement is kept: callers ask what it is before they run it, and often run it again.
+  ParsedStatement parseStatement(std::u16string_view text) {
+    if (!lastParsed || text != lastText) {
+      lastParsed.reset();
+      lastText = text;
+      lastParsed = std::make_shared<const ast::Statement>(parse(text));
+    }
+    return lastParsed;
+  }
+
   // A statement, or the name of a table or saved query.
-  ast::Statement parseSource(std::u16string_view text) {
+  ParsedStatement parseSource(std::u16string_view text) {
     text = trimmed(text);
-    if (beginsLikeStatement(text)) return parse(text);
+    if (beginsLikeStatement(text)) return parseStatement(text);
     std::u16string_view name = text;
     if (name.size() > 2 && name.front() == u'[' && name.back() == u']')
       name = name.substr(1, name.size() - 2);
@@ -104,13 +116,13 @@ struct Engine::Impl {
         select.from.push_back(std::make_unique<ast::Source>());
         select.from[0]->name = name;
         s.body = std::move(q);
-        return s;
+        return std::make_shared<const ast::Statement>(std::move(s));
       }
-      if (const auto sql = catalog.querySql(name)) return parse(*sql);
+      if (const auto sql = catalog.querySql(name)) return parseStatement(*sql);
       if (name.size() < text.size() || name.find_first_of(u" \t\r\n(;") == name.npos)
         throw Error(3078, {name}, "DAO.Database");
     }
-    return parse(text);
+    return parseStatement(text);
   }
 
   static const ast::Query& queryOf(const ast::Statement& s, std::u16string_view sql) {
@@ -138,8 +150,8 @@ struct Engine::Impl {
   }
 
   Prepared prepare(std::u16string_view sql, const Parameters& parameters) {
-    const ast::Statement s = parseSource(sql);
-    return prepare(s, queryOf(s, sql), parameters);
+    const ParsedStatement s = parseSource(sql);
+    return prepare(*s, queryOf(*s, sql), parameters);
   }
 
   int64_t run(const ast::Statement& s, const Parameters& parameters, EvalContext& c);
@@ -150,6 +162,8 @@ struct Engine::Impl {
   Rules rules;
   int32_t lastAutoNumber = 0;
   uint64_t randomState = 0;
+  std::u16string lastText;
+  ParsedStatement lastParsed;
 };
 
 Engine::Engine(Catalog& catalog) : impl_(std::make_unique<Impl>(catalog)) {}
@@ -190,8 +204,8 @@ std::u16string Engine::explain(std::u16string_view sql, const Parameters& parame
 }
 
 bool Engine::isQuery(std::u16string_view sql) {
-  const ast::Statement s = impl_->parseSource(sql);
-  const auto* q = std::get_if<ast::Query>(&s.body);
+  const ParsedStatement s = impl_->parseSource(sql);
+  const auto* q = std::get_if<ast::Query>(&s->body);
   return q && !isMakeTable(*q);
 }
 
@@ -212,12 +226,12 @@ TableDefPtr Engine::Impl::singleTable(const ast::Query& q) {
 
 std::optional<DynasetPlan> Engine::dynaset(std::u16string_view sql, const Parameters& parameters) {
   const ReadScope scope(impl_->catalog.pager());
-  const ast::Statement s = impl_->parseSource(sql);
-  const auto& q = Impl::queryOf(s, sql);
+  const ParsedStatement s = impl_->parseSource(sql);
+  const auto& q = Impl::queryOf(*s, sql);
   DynasetPlan plan;
   plan.table = impl_->singleTable(q);
   if (!plan.table) return std::nullopt;
-  Prepared p = impl_->prepare(s, q, parameters);
+  Prepared p = impl_->prepare(*s, q, parameters);
   Slot& slot = *p.slots[0];
   plan.columns = p.rows->columns();
 
@@ -305,11 +319,11 @@ int64_t Engine::Impl::run(const ast::Statement& s, const Parameters& parameters,
 }
 
 int64_t Engine::execute(std::u16string_view sql, const Parameters& parameters) {
-  ast::Statement statement;
+  ParsedStatement statement;
   {
     const ReadScope scope(impl_->catalog.pager());
     statement = impl_->parseSource(sql);
-    const auto* q = std::get_if<ast::Query>(&statement.body);
+    const auto* q = std::get_if<ast::Query>(&statement->body);
     if (q && !isMakeTable(*q)) throw Error(3065, {}, "DAO.Database");
   }
   const int32_t before = impl_->lastAutoNumber;
@@ -317,7 +331,7 @@ int64_t Engine::execute(std::u16string_view sql, const Parameters& parameters) {
   EvalContext context = impl_->context();
   try {
     const RunningStatement running(impl_->rules, context);
-    const int64_t count = impl_->run(statement, parameters, context);
+    const int64_t count = impl_->run(*statement, parameters, context);
     transaction.commit();
     impl_->randomState = context.randomState;
     return count;

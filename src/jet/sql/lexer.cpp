@@ -24,6 +24,21 @@ int hexDigit(char16_t c) {
 }
 char16_t upper(char16_t c) { return c >= u'a' && c <= u'z' ? static_cast<char16_t>(c - 32) : c; }
 
+bool isStructuralWord(std::u16string_view text) {
+  static constexpr std::u16string_view kWords[] = {
+      u"ALL",    u"ALTER",     u"AND",    u"ANY",      u"AS",          u"ASC",    u"BETWEEN", u"BY",
+      u"CREATE", u"DELETE",    u"DESC",   u"DISTINCT", u"DISTINCTROW", u"DROP",   u"EQV",     u"EXISTS",
+      u"FROM",   u"GROUP",     u"HAVING", u"IMP",      u"IN",          u"INNER",  u"INSERT",  u"INTO",
+      u"IS",     u"JOIN",      u"LEFT",   u"LIKE",     u"MOD",         u"NOT",    u"NULL",    u"ON",
+      u"OR",     u"ORDER",     u"OUTER",  u"PIVOT",    u"RIGHT",       u"SELECT", u"SET",     u"SOME",
+      u"TOP",    u"TRANSFORM", u"UNION",  u"UPDATE",   u"VALUES",      u"WHERE",  u"WITH",    u"XOR"};
+  constexpr size_t kLongest = 11;
+  if (text.size() < 2 || text.size() > kLongest) return false;
+  char16_t word[kLongest];
+  std::transform(text.begin(), text.end(), word, upper);
+  return std::binary_search(std::begin(kWords), std::end(kWords), std::u16string_view(word, text.size()));
+}
+
 class Lexer {
  public:
   explicit Lexer(std::u16string_view sql) : sql_(sql) {}
@@ -43,7 +58,7 @@ class Lexer {
   char16_t peek(size_t ahead = 0) const { return at_ + ahead < sql_.size() ? sql_[at_ + ahead] : u'\0'; }
 
   static bool endsOperand(const Token& t) {
-    return t.kind != TokenKind::Symbol ? t.kind != TokenKind::Name || !isStructuralWord(t)
+    return t.kind != TokenKind::Symbol ? t.kind != TokenKind::Name || !t.isStructural
                                        : t.symbol == Symbol::RightParen;
   }
 
@@ -79,6 +94,7 @@ class Lexer {
     while (isNameCharacter(peek())) ++at_;
     if (peek() == u'$') ++at_;
     t.text = sql_.substr(t.begin, at_ - t.begin);
+    t.isStructural = isStructuralWord(t.text);
   }
 
   void bracketed(Token& t, char16_t close) {
@@ -218,21 +234,6 @@ bool Token::is(std::u16string_view keyword) const {
   return kind == TokenKind::Name && text.size() == keyword.size() &&
          std::equal(text.begin(), text.end(), keyword.begin(),
                     [](char16_t a, char16_t b) { return upper(a) == b; });
-}
-
-bool isStructuralWord(const Token& token) {
-  static constexpr std::u16string_view kWords[] = {
-      u"ALL",    u"ALTER",     u"AND",    u"ANY",      u"AS",          u"ASC",    u"BETWEEN", u"BY",
-      u"CREATE", u"DELETE",    u"DESC",   u"DISTINCT", u"DISTINCTROW", u"DROP",   u"EQV",     u"EXISTS",
-      u"FROM",   u"GROUP",     u"HAVING", u"IMP",      u"IN",          u"INNER",  u"INSERT",  u"INTO",
-      u"IS",     u"JOIN",      u"LEFT",   u"LIKE",     u"MOD",         u"NOT",    u"NULL",    u"ON",
-      u"OR",     u"ORDER",     u"OUTER",  u"PIVOT",    u"RIGHT",       u"SELECT", u"SET",     u"SOME",
-      u"TOP",    u"TRANSFORM", u"UNION",  u"UPDATE",   u"VALUES",      u"WHERE",  u"WITH",    u"XOR"};
-  constexpr size_t kLongest = 11;
-  if (token.kind != TokenKind::Name || token.text.size() < 2 || token.text.size() > kLongest) return false;
-  char16_t word[kLongest];
-  std::transform(token.text.begin(), token.text.end(), word, upper);
-  return std::binary_search(std::begin(kWords), std::end(kWords), std::u16string_view(word, token.text.size()));
 }
 
 std::vector<Token> tokenize(std::u16string_view sql) { return Lexer(sql).run(); }

@@ -41,6 +41,8 @@ struct Token {
   std::u16string_view text;   // a name without its brackets, else the token as written
   Value value;                // of a string, number or date
   size_t begin = 0, end = 0;  // in the SQL text
+  // A bare word that begins or joins clauses and so can be a name only in brackets.
+  bool isStructural = false;
 
   // A bare name that is this keyword (given in upper case).
   bool is(std::u16string_view keyword) const;
@@ -51,9 +53,6 @@ struct Token {
 // The last token is of kind End. Throws 3075 for an unfinished string, date or bracket and for a character
 // that belongs to no token. The text must outlive the tokens.
 std::vector<Token> tokenize(std::u16string_view sql);
-
-// Words that begin or join clauses and so can be a name only in brackets.
-bool isStructuralWord(const Token& token);
 
 // Letters, digits, '_' and everything beyond ASCII.
 bool isNameCharacter(char16_t c);

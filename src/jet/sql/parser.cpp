@@ -47,7 +47,7 @@ void Parser::expect(Symbol s, int error) {
 }
 
 std::u16string Parser::name(int error) {
-  if (!peek().isName() || isStructuralWord(peek())) fail(error);
+  if (!peek().isName() || peek().isStructural) fail(error);
   return std::u16string(take().text);
 }
 

@@ -308,7 +308,7 @@ ExprPtr Parser::nameOrCall() {
       take();
       return make(Kind::Identity);
     }
-    if (isStructuralWord(t) && !at(Symbol::LeftParen, 1))
+    if (t.isStructural && !at(Symbol::LeftParen, 1))
       failExpression(at_ > expressionStart_ ? u"Syntax error (missing operator)" : u"Syntax error");
   }
   const bool callable = t.kind == TokenKind::Name;

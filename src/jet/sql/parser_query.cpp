@@ -130,7 +130,7 @@ SelectItem Parser::selectItem() {
   }
   const Token& first = peek();
   if (first.kind == TokenKind::End || first.is(Symbol::Comma) || first.is(Symbol::Semicolon) ||
-      (isStructuralWord(first) && !first.is(u"NOT") && !first.is(u"NULL") && !first.is(u"EXISTS") &&
+      (first.isStructural && !first.is(u"NOT") && !first.is(u"NULL") && !first.is(u"EXISTS") &&
        !first.is(u"LEFT") && !first.is(u"RIGHT")))
     fail(3141);
   item.expr = expression(true);
@@ -205,7 +205,7 @@ SourcePtr Parser::sourceOperand() {
 
 std::u16string Parser::alias(int error) {
   if (accept(u"AS")) return name(error);
-  if (peek().isName() && !isStructuralWord(peek())) return std::u16string(take().text);
+  if (peek().isName() && !peek().isStructural) return std::u16string(take().text);
   return {};
 }
 

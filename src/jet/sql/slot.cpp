@@ -30,6 +30,7 @@ ResultColumn describe(const TableDef& table, const ColumnDef& column) {
 Slot::Slot(std::u16string name, std::unique_ptr<Table> table)
     : name_(std::move(name)), table_(std::move(table)) {
   const TableDef& def = table_->def();
+  columns_.reserve(def.columns.size());
   for (const ColumnDef& column : def.columns) columns_.push_back(describe(def, column));
   uses_.resize(columns_.size());
   cache_.resize(columns_.size());
