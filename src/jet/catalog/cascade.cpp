@@ -146,8 +146,7 @@ void Cascade::checkForeign(Table& table, std::span<const Value> values, const st
     const References::Foreign& side = sides[i];
     const RealIndex& own = table.def_->realIndexes[static_cast<size_t>(side.real)];
     if (!touches(own, changed)) continue;
-    const RealIndex& theirs = side.primary->realIndexes[static_cast<size_t>(side.primaryReal)];
-    const std::string key = referenceKey(own, values, *side.primary, theirs);
+    const std::string key = referenceKey(own, values, side.keyColumns);
     if (key.empty() || (known && (*known)[i].contains(key))) continue;
     if (!indexTree(table.catalog_.pager(), *side.primary, side.primaryReal).containsKey(asBytes(key))) {
       throw Error(isCascaded ? 3397 : 3201, {side.primary->name}, kSource);

@@ -36,7 +36,9 @@ References::References(Catalog& catalog, const TableDef& def) {
       throwDamaged(u"relationship " + index.name + u" lacks its other side", def.page);
     }
     if (index.side == RelationSide::Foreign) {
-      foreign_.push_back({index.real, other, partner->real});
+      const RealIndex& key = other->realIndexes[static_cast<size_t>(partner->real)];
+      foreign_.push_back({index.real, other, partner->real,
+                          other->keyColumns(key, other->rowLayout.file->version == Version::Jet3)});
     } else {
       primary_.push_back({index.real, other, partner->real, index.cascadeUpdates == 1,
                           index.cascadeDeletes == 1   ? Primary::OnDelete::Cascade
@@ -48,14 +50,19 @@ References::References(Catalog& catalog, const TableDef& def) {
 
 std::string referenceKey(const RealIndex& index, std::span<const Value> values, const TableDef& other,
                          const RealIndex& otherIndex) {
-  std::vector<Value> parts;
-  parts.reserve(index.columns.size());
-  for (const IndexColumn& part : index.columns) {
-    const Value& value = values[static_cast<size_t>(part.ordinal)];
+  return referenceKey(index, values,
+                      other.keyColumns(otherIndex, other.rowLayout.file->version == Version::Jet3));
+}
+
+std::string referenceKey(const RealIndex& index, std::span<const Value> values,
+                         std::span<const KeyColumn> otherColumns) {
+  std::string key;
+  for (size_t i = 0; i < index.columns.size(); ++i) {
+    const Value& value = values[static_cast<size_t>(index.columns[i].ordinal)];
     if (value.isNull()) return {};
-    parts.push_back(value);
+    appendKeyColumn(otherColumns[i], value, key);
   }
-  return encodeKey(other.keyColumns(otherIndex, other.rowLayout.file->version == Version::Jet3), parts);
+  return key;
 }
 
 BTree indexTree(Pager& pager, const TableDef& def, int real) {

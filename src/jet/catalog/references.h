@@ -19,6 +19,7 @@ class References {
     int real;  // own index
     TableDefPtr primary;
     int primaryReal;
+    std::vector<KeyColumn> keyColumns;  // of the primary side's index
   };
   // Rows of another table (or of this one) refer to this table's rows.
   struct Primary {
@@ -42,6 +43,9 @@ class References {
 // one of them is Null, which no relationship follows.
 std::string referenceKey(const RealIndex& index, std::span<const Value> values, const TableDef& other,
                          const RealIndex& otherIndex);
+// The same where the other index's key columns are known.
+std::string referenceKey(const RealIndex& index, std::span<const Value> values,
+                         std::span<const KeyColumn> otherColumns);
 
 BTree indexTree(Pager& pager, const TableDef& def, int real);
 

@@ -193,19 +193,22 @@ bool sameName(std::u16string_view a, std::u16string_view b) {
 
 void encodeText(std::u16string_view text, bool compress, std::string& out) {
   const size_t length = compress && text.size() > 2 ? compressedLength(text) : 0;
+  const size_t start = out.size();
   if (length == 0 || length > 2 * text.size()) {
-    for (const char16_t unit : text) {
-      out += static_cast<char>(unit & 0xFF);
-      out += static_cast<char>(unit >> 8);
-    }
+    out.resize(start + 2 * text.size());
+    auto* p = reinterpret_cast<uint8_t*>(out.data() + start);
+    for (size_t i = 0; i < text.size(); ++i) put16(p + 2 * i, text[i]);
     return;
   }
-  out += "\xFF\xFE";
+  out.resize(start + length);
+  char* p = out.data() + start;
+  *p++ = '\xFF';
+  *p++ = '\xFE';
   bool wide = false;
   for (const char16_t unit : text) {
-    if ((unit > 0xFF) != wide) out += '\0', wide = !wide;
-    out += static_cast<char>(unit & 0xFF);
-    if (wide) out += static_cast<char>(unit >> 8);
+    if ((unit > 0xFF) != wide) *p++ = '\0', wide = !wide;
+    *p++ = static_cast<char>(unit & 0xFF);
+    if (wide) *p++ = static_cast<char>(unit >> 8);
   }
 }
 

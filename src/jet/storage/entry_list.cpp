@@ -10,12 +10,13 @@ namespace jet {
 
 EntryList::EntryList(const FileLayout& layout, const IndexPage& page)
     : layout_(layout), leaf_(page.isLeaf()) {
-  std::string entry;
-  for (uint32_t start = 0; start < page.used();) {
-    const uint32_t end = page.entryEnd(start);
-    const EntryView view = page.entry(start, end);
-    view.copy(view.length(), entry);
-    append(entry);
+  const std::vector<uint16_t> ends = page.entryEnds();
+  ends_.reserve(ends.size() + 1);
+  bytes_.reserve(page.used() + (ends.size() + 2) * page.prefix());
+  uint32_t start = 0;
+  for (const uint16_t end : ends) {
+    page.entry(start, end).appendTo(bytes_);
+    ends_.push_back(static_cast<uint32_t>(bytes_.size()));
     start = end;
   }
 }

@@ -18,12 +18,14 @@ void invert(std::string& key, size_t from) {
   for (size_t i = from; i < key.size(); ++i) key[i] = static_cast<char>(~key[i]);
 }
 
-void appendBigEndian(uint64_t bits, int size, std::string& key) {
-  for (int shift = 8 * (size - 1); shift >= 0; shift -= 8) key += static_cast<char>(bits >> shift);
+void appendBigEndian(uint64_t bits, size_t size, std::string& key) {
+  char bytes[sizeof bits];
+  for (size_t i = 0; i < size; ++i) bytes[i] = static_cast<char>(bits >> 8 * (size - 1 - i));
+  key.append(bytes, size);
 }
 
 // Signed integers sort as unsigned ones with the top bit flipped.
-void appendSigned(int64_t v, int size, std::string& key) {
+void appendSigned(int64_t v, size_t size, std::string& key) {
   appendBigEndian(static_cast<uint64_t>(v) ^ (uint64_t{1} << (8 * size - 1)), size, key);
 }
 

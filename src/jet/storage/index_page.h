@@ -45,6 +45,10 @@ class EntryView {
   // <0 when the entry lies before the target.
   int compare(const IndexTarget& target) const;
   bool hasKey(Bytes key) const { return keyLength() == key.size() && compare({key, row()}) == 0; }
+  void appendTo(std::string& bytes) const {
+    bytes.append(reinterpret_cast<const char*>(head_), headLength_);
+    bytes.append(reinterpret_cast<const char*>(tail_), length_ - headLength_);
+  }
   // The first `length` bytes.
   void copy(size_t length, std::string& to) const;
 

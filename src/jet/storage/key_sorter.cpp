@@ -83,18 +83,24 @@ KeySorter::~KeySorter() {
 
 bool KeySorter::less(const Item& a, const Item& b) const {
   if (a.prefix != b.prefix) return a.prefix < b.prefix;
+  if (a.length != kLonger && b.length != kLonger) {
+    if (a.length != b.length) return a.length < b.length;
+    if (rowsRise_) return a.at < b.at;
+  }
   const uint8_t* arena = asBytes(arena_).data();
   return recordLess(arena + a.at, arena + b.at);
 }
 
 void KeySorter::add(Bytes key, RowId row, bool someNull) {
   if (used() >= memory_) writeRun();
-  const Item item{prefixOf(key), arena_.size()};
+  const Item item{prefixOf(key), arena_.size(), std::min<uint64_t>(key.size(), kLonger)};
   arena_.resize(arena_.size() + kRecordHead);
   uint8_t* head = reinterpret_cast<uint8_t*>(arena_.data()) + item.at;
   put16(head, static_cast<uint32_t>(key.size()) | (someNull ? kSomeNull : 0u));
   put32(head + 2, row.stored());
   arena_ += asChars(key);
+  if (!items_.empty() && rowsRise_)
+    rowsRise_ = get32(asBytes(arena_).data() + items_.back().at + 2) < row.stored();
   inOrder_ = inOrder_ && (items_.empty() || less(items_.back(), item));
   items_.push_back(item);
 }
@@ -102,7 +108,7 @@ void KeySorter::add(Bytes key, RowId row, bool someNull) {
 void KeySorter::clear() {
   arena_.clear();
   items_.clear();
-  inOrder_ = true;
+  inOrder_ = rowsRise_ = true;
   runs_.clear();
   readers_.clear();
   fileEnd_ = nextItem_ = 0;
@@ -138,6 +144,7 @@ void KeySorter::writeRun() {
   runs_.push_back(run);
   arena_.clear();
   items_.clear();
+  rowsRise_ = true;
 }
 
 void KeySorter::startReading() {

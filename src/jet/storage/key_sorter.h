@@ -40,9 +40,11 @@ class KeySorter {
  private:
   // A record in memory or in a run: u16 key length (top bit: someNull), u32 row, key.
   struct Item {
-    uint64_t prefix;  // the key's first bytes, big-endian
-    size_t at;        // of the record in arena_
+    uint64_t prefix;      // the key's first bytes, big-endian
+    uint64_t at : 56;     // of the record in arena_
+    uint64_t length : 8;  // of a key that `prefix` holds whole, else kLonger
   };
+  static constexpr uint64_t kLonger = 9;
   struct Run {
     uint64_t begin, end;  // in the scratch file
   };
@@ -57,7 +59,8 @@ class KeySorter {
   size_t memory_;
   std::string arena_;
   std::vector<Item> items_;
-  bool inOrder_ = true;  // items_ came sorted
+  bool inOrder_ = true;   // items_ came sorted
+  bool rowsRise_ = true;  // each row in items_ lies behind the one before it
   std::vector<Run> runs_;
   std::unique_ptr<File> file_;
   uint64_t fileEnd_ = 0;

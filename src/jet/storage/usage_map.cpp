@@ -39,7 +39,9 @@ uint64_t nextBit(Bytes bitmap, uint64_t from) {
 // The last set bit before `end`, or `end` itself when there is none.
 uint64_t lastBit(Bytes bitmap, uint64_t end) {
   for (uint64_t bit = std::min<uint64_t>(end, bitmap.size() * 8); bit > 0;) {
-    if (bit % 8 == 0 && bitmap[bit / 8 - 1] == 0) {
+    if (bit % 64 == 0 && get64(bitmap.data() + bit / 8 - 8) == 0) {
+      bit -= 64;
+    } else if (bit % 8 == 0 && bitmap[bit / 8 - 1] == 0) {
       bit -= 8;
     } else if (bitAt(bitmap, --bit)) {
       return bit;
