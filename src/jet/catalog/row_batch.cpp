@@ -7,9 +7,10 @@ namespace jet {
 RowStore::Batch::Batch(RowStore& rows, size_t memory) : rows_(rows), memory_(memory) {
   const TableDef& def = *rows.def_;
   for (const RealIndex& index : def.realIndexes) {
-    auto waiting = index.unique ? nullptr
-                                : std::make_unique<KeySorter>(rows.pager_.environment(), std::filesystem::path(),
-                                                              std::numeric_limits<size_t>::max());
+    auto waiting = index.unique
+                       ? nullptr
+                       : std::make_unique<KeySorter>(rows.pager_.environment(), std::filesystem::path(),
+                                                     std::numeric_limits<size_t>::max());
     indexes_.push_back(
         {BTreeInserter(BTree(rows.pager_, def.page, index.root, index.map)), std::move(waiting)});
   }

@@ -39,8 +39,8 @@ class RowStore {
   // `values` by ordinal, of the columns' types. Throws 3058 (Null in a required index), 3022 (unique), 3047
   // (row too long), 3163 (text too long), 3027 (an index of a sort order that cannot be written).
   RowId insert(std::span<const Value> values, std::optional<int32_t> lastAutoNumber = {});
-  // Many rows, inserted inside one level of the caller's, which is rolled back when anything throws. Entries of
-  // indexes that are not unique wait and go in sorted; until finish() these indexes lack them.
+  // Many rows, inserted inside one level of the caller's, which is rolled back when anything throws. Entries
+  // of indexes that are not unique wait and go in sorted; until finish() these indexes lack them.
   class Batch {
    public:
     Batch(RowStore& rows, size_t memory);
@@ -85,7 +85,8 @@ class RowStore {
   void requireKnownOrder(size_t index) const;
   bool hasNull(const RealIndex& index, std::span<const Value> values) const;
   void checkKeys(std::span<const Value> values, std::span<const std::optional<std::string>> keys,
-                 std::span<const std::optional<std::string>> unchanged, RowId self, const Batch* batch = nullptr) const;
+                 std::span<const std::optional<std::string>> unchanged, RowId self,
+                 const Batch* batch = nullptr) const;
   uint64_t insertKey(size_t index, const std::string& key, RowId row) const;
   void removeKey(size_t index, const std::string& key, RowId row) const;
   std::string encode(std::span<const Value> values, std::vector<std::string>& longValues) const;

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "jet/catalog/table_def.h"
-#include "jet/storage/key_sorter.h"
 #include "jet/storage/heap.h"
+#include "jet/storage/key_sorter.h"
 #include "jet/storage/long_value.h"
 
 namespace jet {

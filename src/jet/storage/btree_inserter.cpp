@@ -37,7 +37,8 @@ bool BTreeInserter::containsKey(Bytes key) const {
   if (leaf_ != 0) {
     const PageView page = tree_.pager_.read(leaf_);
     const IndexPage leaf = tree_.view(page);
-    if (leaf.isLeaf() && !leaf.empty() && leaf.next() == 0 && leaf.lastEntry().compare({key}) < 0) return false;
+    if (leaf.isLeaf() && !leaf.empty() && leaf.next() == 0 && leaf.lastEntry().compare({key}) < 0)
+      return false;
   }
   return tree_.containsKey(key);
 }

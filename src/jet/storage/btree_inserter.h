@@ -7,8 +7,8 @@
 
 namespace jet {
 
-// Adds many entries to a tree that nobody else changes meanwhile. As long as an entry belongs to the leaf of the
-// one before it the tree is not descended, which makes entries in ascending order cheap.
+// Adds many entries to a tree that nobody else changes meanwhile. As long as an entry belongs to the leaf of
+// the one before it the tree is not descended, which makes entries in ascending order cheap.
 class BTreeInserter {
  public:
   explicit BTreeInserter(const BTree& tree) : tree_(tree) {}
