@@ -86,9 +86,11 @@ Value RowStore::value(const RowReader& row, int ordinal) const {
 const RowStore::KeyPlan& RowStore::keyPlan(size_t index) const {
   if (keyPlans_.empty()) {
     const bool jet3 = isJet3(*def_);
+    std::vector<KeyPlan> plans;  // all or none, should memory run out
     for (const RealIndex& real : def_->realIndexes) {
-      keyPlans_.push_back({def_->keyColumns(real, jet3), isOrderKnown(*def_, real)});
+      plans.push_back({def_->keyColumns(real, jet3), isOrderKnown(*def_, real)});
     }
+    keyPlans_ = std::move(plans);
   }
   return keyPlans_[index];
 }
