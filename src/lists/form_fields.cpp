@@ -1,5 +1,6 @@
 #include "lists/form_fields.h"
 
+#include <QAbstractProxyModel>
 #include <QAction>
 #include <QCalendarWidget>
 #include <QCompleter>
@@ -35,6 +36,13 @@ class NumberSigns : public QValidator {
     return Acceptable;
   }
 };
+
+// The row of the only entry that the text is a part of; -1 for none or several.
+int onlyMatch(QCompleter& completer, const QString& text) {
+  completer.setCompletionPrefix(text);
+  const auto* found = qobject_cast<const QAbstractProxyModel*>(completer.completionModel());
+  return found && completer.completionCount() == 1 ? found->mapToSource(found->index(0, 0)).row() : -1;
+}
 
 }  // namespace
 
@@ -79,11 +87,7 @@ void makeSearchable(QComboBox& combo) {
   QObject::connect(combo.lineEdit(), &QLineEdit::editingFinished, &combo, [&combo] {
     if (combo.currentText().compare(combo.itemText(combo.currentIndex()), Qt::CaseInsensitive) == 0) return;
     int at = combo.findText(combo.currentText(), Qt::MatchFixedString);
-    if (at < 0 && !combo.currentText().isEmpty()) {
-      combo.completer()->setCompletionPrefix(combo.currentText());
-      if (combo.completer()->completionCount() == 1)
-        at = combo.findText(combo.completer()->currentCompletion(), Qt::MatchFixedString);
-    }
+    if (at < 0 && !combo.currentText().isEmpty()) at = onlyMatch(*combo.completer(), combo.currentText());
     if (at >= 0)
       combo.setCurrentIndex(at);
     else

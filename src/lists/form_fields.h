@@ -22,8 +22,8 @@ std::optional<int> chosenKey(const QComboBox& combo);
 int comboNumber(const QComboBox& combo);
 // False, and nothing chosen, when there is no such entry.
 bool setComboKey(QComboBox& combo, const QVariant& key);
-// A combo with many entries is searched by typing any part of a name. Text that is no entry gives way to the
-// chosen one when the field is left.
+// A combo with many entries is searched by typing any part of a name; a part of one name only chooses it. Other
+// text gives way to the chosen entry when the field is left.
 void makeSearchable(QComboBox& combo);
 
 // Makes a field read-only, in the colour that the user chose for such fields.

@@ -29,9 +29,7 @@ class RegisterPage : public QWizardPage {
 class OperationChoice : public RegisterPage {
  public:
   explicit OperationChoice(kreRejewi& wizard)
-      : RegisterPage(wizard, u"Co chcesz zrobić?"),
-        operations_(new QButtonGroup(this)),
-        registers_(new QComboBox(this)) {
+      : RegisterPage(wizard, u"Co chcesz zrobić?"), operations_(new QButtonGroup(this)) {
     auto* column = new QVBoxLayout(this);
     const std::pair<Operation, const char16_t*> choices[] = {{Operation::Create, u"&Utworzyć nowy rejestr"},
                                                              {Operation::Change, u"&Zmienić rejestr"},
@@ -42,7 +40,7 @@ class OperationChoice : public RegisterPage {
       column->addWidget(button);
     }
     operations_->button(0)->setChecked(true);
-    setTabOrder(operations_->buttons().last(), registers_);
+    registers_ = new QComboBox(this);  // behind the choices for the keyboard too
     registers_->setObjectName(QStringLiteral("cmbRejestr"));
     registers_->setAccessibleName(QStringLiteral("Rejestr"));
     column->addWidget(registers_);
@@ -70,7 +68,7 @@ class OperationChoice : public RegisterPage {
 
  private:
   QButtonGroup* operations_;
-  QComboBox* registers_;
+  QComboBox* registers_ = nullptr;
 };
 
 class NameEntry : public RegisterPage {

@@ -163,6 +163,11 @@ TEST_F(LookupTest, TypingSearchesAndWhatIsNoEntryGivesWay) {
   EXPECT_EQ(comboNumber(*combo), 4);
   EXPECT_EQ(combo->currentText(), u"Szafa"_s);
   combo->setFocus();
+  typeOver(u"RAB"_s);  // of one entry only
+  leave();
+  EXPECT_EQ(comboNumber(*combo), 2);
+  setComboKey(*combo, 4);
+  combo->setFocus();
   typeOver(u"Szafirek"_s);
   leave();
   EXPECT_EQ(comboNumber(*combo), 4);

@@ -94,7 +94,10 @@ Value cStr(Arguments a, EvalContext& c) {
 // The longest number at the start, blanks left out anywhere, always with a decimal point.
 Value val(Arguments a, EvalContext& c) {
   std::string text;
-  for (char16_t unit : textArgument(a[0], c)) {
+  std::u16string converted;
+  const Text* given = a[0].getIf<Text>();
+  if (!given) converted = textArgument(a[0], c);
+  for (char16_t unit : given ? std::u16string_view(*given) : std::u16string_view(converted)) {
     if (unit == u' ' || unit == u'\t' || unit == u'\n') continue;
     if (unit > 0x7F) break;
     text += static_cast<char>(unit);
