@@ -12,6 +12,21 @@
 
 namespace tandeko {
 
+bool mayLeave(Session& session, const std::function<bool()>& save) {
+  switch (session.messages().show({QStringLiteral("Dane zostały zmienione. Zapisać zmiany?"),
+                                   {},
+                                   Icon::Question,
+                                   Buttons::YesNoCancel,
+                                   Answer::Yes})) {
+    case Answer::Yes:
+      return save();
+    case Answer::No:
+      return true;
+    default:
+      return false;
+  }
+}
+
 RecordForm::RecordForm(Session& session, const QString& name, const QString& karParent)
     : session_(session), karParent_(karParent) {
   setObjectName(name);
@@ -42,19 +57,7 @@ bool RecordForm::saveSound() { return fieldsSound(*this, session_.messages()) &&
 
 void RecordForm::closeEvent(QCloseEvent* event) {
   if (edited_ && !readOnly()) {
-    switch (session_.messages().show({QStringLiteral("Dane zostały zmienione. Zapisać zmiany?"),
-                                      {},
-                                      Icon::Question,
-                                      Buttons::YesNoCancel,
-                                      Answer::Yes})) {
-      case Answer::Yes:
-        if (!saveSound()) return event->ignore();
-        break;
-      case Answer::No:
-        break;
-      default:
-        return event->ignore();
-    }
+    if (!mayLeave(session_, [this] { return saveSound(); })) return event->ignore();
     edited_ = false;
   }
   ChildForm::closeEvent(event);

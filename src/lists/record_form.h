@@ -1,10 +1,15 @@
 #pragma once
 
 #include <QPushButton>
+#include <functional>
 
 #include "session/session.h"
 
 namespace tandeko {
+
+// Offers to save changes before a form closes; false when it has to stay open: the user called it off, or `save`
+// did not succeed.
+bool mayLeave(Session& session, const std::function<bool()>& save);
 
 // A form on one record, new or stored: knows whether its fields were changed, offers to save them before
 // it closes, and answers Enter, Esc, and Ctrl+PageUp and Ctrl+PageDown, which turn its pages.

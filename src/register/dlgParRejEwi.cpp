@@ -6,6 +6,7 @@
 #include <QKeyEvent>
 
 #include "errors/error_reporter.h"
+#include "lists/record_form.h"
 #include "platform/resources.h"
 
 namespace tandeko {
@@ -181,21 +182,7 @@ void dlgParRejEwi::KarRefresh() {
 }
 
 void dlgParRejEwi::closeEvent(QCloseEvent* event) {
-  if (edited_ && !readOnly()) {
-    switch (session_.messages().show({QStringLiteral("Dane zostały zmienione. Zapisać zmiany?"),
-                                      {},
-                                      Icon::Question,
-                                      Buttons::YesNoCancel,
-                                      Answer::Yes})) {
-      case Answer::Yes:
-        if (!save()) return event->ignore();
-        break;
-      case Answer::No:
-        break;
-      default:
-        return event->ignore();
-    }
-  }
+  if (edited_ && !readOnly() && !mayLeave(session_, [this] { return save(); })) return event->ignore();
   ChildForm::closeEvent(event);
 }
 

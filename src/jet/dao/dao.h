@@ -103,7 +103,9 @@ class Recordset {
   void edit();
   void update();
   void cancelUpdate();
-  void remove();  // Delete; the current record then is a deleted one (3167) until the next move
+  // Delete; the current record then is a deleted one (3167) until the next move. 3197, once, when the record was
+  // read and another copy has changed it since.
+  void remove();
   enum class EditMode { None, Edit, AddNew };
   EditMode editMode() const;
 
