@@ -1,17 +1,38 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QLockFile>
 #include <QSaveFile>
 #include <QStandardPaths>
 
+#include "jet/format/error.h"
+#include "jet/pager/env.h"
 #include "platform/registry.h"
+#include "platform/text.h"
 
 namespace tandeko {
 
 namespace {
 
-constexpr int kLockPatience = 5000;  // milliseconds
+constexpr uint64_t kLockPatience = 5000;  // milliseconds
+constexpr int kNoLocksHere = 3050;
+
+// Locks the file at `path`; the system lets go of the lock however this process ends. Empty when another copy
+// holds it for too long or the file cannot be opened. Where a drive has no locks, a change is still whole.
+std::unique_ptr<jet::File> lockedFile(const QString& path) {
+  jet::Environment& system = jet::Environment::system();
+  std::unique_ptr<jet::File> file;
+  try {
+    file = system.open(toPath(path), jet::Environment::Open::CreateOrOpen);
+    const uint64_t end = system.monotonicMilliseconds() + kLockPatience;
+    while (!file->tryLock(0, 1, jet::File::Lock::Exclusive)) {
+      if (system.monotonicMilliseconds() > end) return nullptr;
+      system.sleepMilliseconds(5);
+    }
+    return file;
+  } catch (const jet::Error& error) {
+    return error.number() == kNoLocksHere ? std::move(file) : nullptr;
+  }
+}
 
 }  // namespace
 
@@ -32,8 +53,8 @@ const MemoryRegistry& FileRegistry::current() const {
 template <typename Change>
 bool FileRegistry::change(Change&& apply) {
   QDir().mkpath(QFileInfo(path_).absolutePath());
-  QLockFile lock(path_ + QStringLiteral(".lock"));
-  if (!lock.tryLock(kLockPatience)) return false;
+  const auto lock = lockedFile(path_ + QStringLiteral(".lock"));
+  if (!lock) return false;
   current();
   if (!apply(content_)) return false;
   const QByteArray bytes = content_.toBytes();
