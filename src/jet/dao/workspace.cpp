@@ -8,6 +8,7 @@ namespace jet {
 namespace {
 
 constexpr int kMaxTransactionLevel = 5;
+constexpr size_t kCachePages = 8192;  // 32 MB: the items of a large register stay in memory
 
 }  // namespace
 
@@ -39,8 +40,9 @@ std::unique_ptr<Database> Workspace::openDatabase(const std::filesystem::path& p
 std::unique_ptr<Database> Workspace::openDatabase(const std::filesystem::path& path,
                                                   const OpenOptions& options) {
   auto database = std::make_unique<Database::Impl>();
-  database->pager = Pager::open(impl_->environment, path,
-                                {.exclusive = options.exclusive, .readOnly = options.readOnly});
+  database->pager =
+      Pager::open(impl_->environment, path,
+                  {.exclusive = options.exclusive, .readOnly = options.readOnly, .cachePages = kCachePages});
   database->exclusive = options.exclusive;
   {
     ReadScope scope(*database->pager);
@@ -57,9 +59,9 @@ std::unique_ptr<Database> Workspace::createDatabase(const std::filesystem::path&
                                                     std::u16string_view locale,
                                                     std::u16string_view password) {
   auto database = std::make_unique<Database::Impl>();
-  database->pager =
-      Pager::create(impl_->environment, path, Version::Jet4, Catalog::kEmptyDatabasePages);
-  database->catalog = Catalog::createDatabase(*database->pager, localeLcid(locale).value_or(Collation::kGeneralLcid), password);
+  database->pager = Pager::create(impl_->environment, path, Version::Jet4, Catalog::kEmptyDatabasePages);
+  database->catalog = Catalog::createDatabase(*database->pager,
+                                              localeLcid(locale).value_or(Collation::kGeneralLcid), password);
   database->pager->commit();
   database->engine = std::make_unique<sql::Engine>(*database->catalog);
   database->attach(impl_);
