@@ -37,13 +37,10 @@ class Copying {
 
   // False when it failed, which is told, or was called off.
   bool run() {
-    try {
-      runWork(session_, QStringLiteral("Kopiowanie bazy"), [this](Work& work) { copy(work); });
-    } catch (const jet::Error& error) {
-      return error.number() != kCancelled && fail();
-    } catch (const std::exception&) {
-      return fail();
-    }
+    const bool done = tryWork(
+        session_, QStringLiteral("Kopiowanie bazy"), [this](Work& work) { copy(work); },
+        [this](const QString&) { fail(); });
+    if (!done) return false;
     if (datedFailed_)
       tell(QStringLiteral("Kopiowanie pliku dziennego bazy: ") + name_ +
            QStringLiteral(
@@ -52,11 +49,10 @@ class Copying {
   }
 
  private:
-  bool fail() {
+  void fail() {
     tell(QStringLiteral("Kopiowanie bazy: ") + name_ +
          QStringLiteral(" nie powiodło się. Błąd kopiowania pliku. Sprawdź czy baza nie jest otwarta przez "
                         "innego użytkownika lub program. Sprawdź ilość wolnego miejsca na dysku."));
-    return false;
   }
 
   void tell(const QString& text) { session_.messages().refuse(text, kFailed); }

@@ -39,15 +39,9 @@ class Compacting {
 
   // False when it failed, which is told, or was called off.
   bool run() {
-    try {
-      runWork(session_, QStringLiteral("Defragmentacja bazy"), [this](Work& work) { compact(work); });
-      return true;
-    } catch (const jet::Error& error) {
-      if (error.number() != kCancelled) fail();
-    } catch (const std::exception&) {
-      fail();
-    }
-    return false;
+    return tryWork(
+        session_, QStringLiteral("Defragmentacja bazy"), [this](Work& work) { compact(work); },
+        [this](const QString&) { fail(); });
   }
 
  private:

@@ -59,15 +59,9 @@ class Restoring {
   }
 
   bool run(const QString& password) {
-    try {
-      runWork(session_, QStringLiteral("Odtwarzanie bazy"), [&](Work& work) { restore(work, password); });
-      return true;
-    } catch (const jet::Error& error) {
-      if (error.number() != kCancelled) fail(fileErrorText(error));
-    } catch (const std::exception& error) {
-      fail(QString::fromUtf8(error.what()));
-    }
-    return false;
+    return tryWork(
+        session_, QStringLiteral("Odtwarzanie bazy"), [&](Work& work) { restore(work, password); },
+        [this](const QString& reason) { fail(reason); });
   }
 
  private:

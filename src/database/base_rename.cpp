@@ -51,16 +51,9 @@ class Renaming {
   }
 
   bool run(const QString& password) {
-    try {
-      runWork(session_, QStringLiteral("Zmiana nazwy bazy danych"),
-              [&](Work& work) { rename(work, password); });
-      return true;
-    } catch (const jet::Error& error) {
-      if (error.number() != kCancelled) fail();
-    } catch (const std::exception&) {
-      fail();
-    }
-    return false;
+    return tryWork(
+        session_, QStringLiteral("Zmiana nazwy bazy danych"), [&](Work& work) { rename(work, password); },
+        [this](const QString&) { fail(); });
   }
 
  private:

@@ -76,20 +76,18 @@ bool BaseSaveAs(const UpkeepTools& tools, const QString& path) {
                                         "programu. Zamknąć okna i kontynuować?")))
       return;
     door.close();
-    try {
-      runWork(session, QStringLiteral("Zapisywanie bazy"),
-              [&](Work& work) { save(tools, path, password, target, work); });
-      saved = true;
-    } catch (const jet::Error& error) {
-      if (error.number() != kCancelled)
-        session.messages().show({QStringLiteral("Błąd kopiowania pliku: ") + fileErrorText(error) +
-                                     QStringLiteral(" - Aby wykonać kopię bazy wymagane jest zamknięcie "
-                                                    "innych aplikacji korzystających z bazy."),
-                                 {},
-                                 Icon::None,
-                                 Buttons::Ok,
-                                 Answer::Ok});
-    }
+    saved = tryWork(
+        session, QStringLiteral("Zapisywanie bazy"),
+        [&](Work& work) { save(tools, path, password, target, work); },
+        [&](const QString& reason) {
+          session.messages().show({QStringLiteral("Błąd kopiowania pliku: ") + reason +
+                                       QStringLiteral(" - Aby wykonać kopię bazy wymagane jest zamknięcie "
+                                                      "innych aplikacji korzystających z bazy."),
+                                   {},
+                                   Icon::None,
+                                   Buttons::Ok,
+                                   Answer::Ok});
+        });
     if (!door.reopen())
       refuseReopening(session, QStringLiteral("Ponowne otwarcie bazy po zapisaniu nie powiodło się. Zamknij "
                                               "i uruchom program ponownie."));

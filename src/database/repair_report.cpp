@@ -29,6 +29,8 @@ constexpr Phrase kPhrases[] = {
      u"Tabela, której nazwa jest utracona, nazywa się teraz \\2"},
     {u"^file header: .*$", u"Utracone: data utworzenia, porządek sortowania i hasło bazy"},
     {u"^properties of (.*) lost$", u"Utracone właściwości: \\1"},
+    {u"^the sort order of the file is not known.*$",
+     u"Porządek sortowania pliku jest nieznany: odtąd jest w nim porządek ogólny"},
     {u"^the file was one of an older format.*$", u"Plik starszego formatu został zapisany w nowszym"},
 };
 

@@ -100,6 +100,19 @@ void runWork(Session& session, const QString& title, const std::function<void(Wo
   if (failure) std::rethrow_exception(failure);
 }
 
+bool tryWork(Session& session, const QString& title, const std::function<void(Work&)>& body,
+             const std::function<void(const QString&)>& failed) {
+  try {
+    runWork(session, title, body);
+    return true;
+  } catch (const jet::Error& error) {
+    if (error.number() != kCancelled) failed(fileErrorText(error));
+  } catch (const std::exception& error) {
+    failed(QString::fromUtf8(error.what()));
+  }
+  return false;
+}
+
 frmPostep::frmPostep(Work& work, const QString& title, QWidget* parent) : QDialog(parent), work_(work) {
   setObjectName(QStringLiteral("frmPostep"));
   setWindowTitle(title);

@@ -46,6 +46,10 @@ class Work {
 // Runs `work` while the windows stay painted; work that takes long is shown in a window that can call it
 // off. Everything else waits. Throws what the work throws.
 void runWork(Session& session, const QString& title, const std::function<void(Work&)>& work);
+// The same without throwing: false when it was called off, or when it failed, which `failed` is told with the
+// reason in words.
+bool tryWork(Session& session, const QString& title, const std::function<void(Work&)>& work,
+             const std::function<void(const QString& reason)>& failed);
 
 // The window of such work.
 class frmPostep : public QDialog {

@@ -229,8 +229,11 @@ TEST_F(UpkeepTest, RepairBringsBackADamagedFile) {
 
 TEST(RepairReport, SpeaksTheUsersLanguage) {
   EXPECT_EQ(
-      lossesText({QStringLiteral("table ewkar: 3 rows lost"), QStringLiteral("properties of swpra lost")}),
-      QStringLiteral("Tabela ewkar: liczba utraconych wierszy: 3\nUtracone właściwości: swpra"));
+      lossesText({QStringLiteral("table ewkar: 3 rows lost"), QStringLiteral("properties of swpra lost"),
+                  QStringLiteral("the sort order of the file is not known, it is the General one now")}),
+      QStringLiteral("Tabela ewkar: liczba utraconych wierszy: 3\nUtracone właściwości: swpra\nPorządek "
+                     "sortowania pliku jest "
+                     "nieznany: odtąd jest w nim porządek ogólny"));
   EXPECT_TRUE(lossesText(QStringList(20, QStringLiteral("x"))).endsWith(QStringLiteral("... i jeszcze: 8")));
 }
 
