@@ -1,4 +1,4 @@
-# Renders resources/icons/*.svg and packs them, with Qt's Polish texts, into
+# Renders resources/tandeko.svg and icons/*.svg and packs them, with Qt's Polish texts, into
 # one resource file, so that the program needs no further Qt module and no file beside it.
 
 find_program(RSVG_CONVERT rsvg-convert)
@@ -16,13 +16,18 @@ function(tandeko_resources target)
   set(folder ${CMAKE_CURRENT_BINARY_DIR}/resources)
   file(MAKE_DIRECTORY ${folder}/icons)
   file(GLOB drawings CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/resources/icons/*.svg)
+  list(APPEND drawings ${CMAKE_SOURCE_DIR}/resources/tandeko.svg)
   set(pictures)
   set(entries "")
   foreach(drawing ${drawings})
     get_filename_component(name ${drawing} NAME_WE)
     set(outputs)
     set(commands)
-    foreach(size 16 24 32 48)
+    set(sizes 16 24 32 48)
+    if(name STREQUAL tandeko)  # the program's own, which task bars and switchers show larger
+      list(APPEND sizes 64 128 256)
+    endif()
+    foreach(size ${sizes})
       set(picture icons/${name}-${size}.png)
       list(APPEND outputs ${folder}/${picture})
       list(APPEND commands COMMAND ${RSVG_CONVERT} -w ${size} -h ${size} -o ${folder}/${picture} ${drawing})

@@ -18,7 +18,7 @@ frmSplash::frmSplash() : QWidget(nullptr, Qt::SplashScreen | Qt::FramelessWindow
   const int unit = fontMetrics().height();
 
   auto* picture = new QLabel(this);
-  picture->setPixmap(QPixmap(QStringLiteral(":/icons/program-48.png")));
+  picture->setPixmap(QPixmap(QStringLiteral(":/icons/tandeko-48.png")));
   auto* programName = new QLabel(kProgramName, this);
   QFont big = font();
   big.setPointSizeF(big.pointSizeF() * 2.4);

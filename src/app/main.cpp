@@ -1,7 +1,6 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QFileInfo>
-#include <QIcon>
 #include <QLocale>
 #include <cstring>
 
@@ -71,7 +70,7 @@ int main(int argc, char** argv) {
   Application application(argc, argv);
   QApplication::setDesktopFileName(QStringLiteral("tandeko"));
   useResources();
-  QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/program-48.png")));
+  QApplication::setWindowIcon(icon("tandeko"));
   const QString file = fileOf(application);
 
   const auto registry = systemRegistry();

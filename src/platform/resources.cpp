@@ -1,6 +1,7 @@
 #include "platform/resources.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QTranslator>
 
 static void initialise() { Q_INIT_RESOURCE(tandeko); }
@@ -15,8 +16,10 @@ void useResources() {
 
 QIcon icon(const char* name) {
   QIcon result;
-  for (const int size : {16, 24, 32, 48})
-    result.addFile(QStringLiteral(":/icons/%1-%2.png").arg(QLatin1StringView(name)).arg(size));
+  for (const int size : {16, 24, 32, 48, 64, 128, 256}) {
+    const QString file = QStringLiteral(":/icons/%1-%2.png").arg(QLatin1StringView(name)).arg(size);
+    if (QFile::exists(file)) result.addFile(file);
+  }
   return result;
 }
 

@@ -9,7 +9,6 @@
 
 #ifdef TANDEKO_GUI
 #include <QApplication>
-#include <QIcon>
 #include <QLocale>
 
 #include "handover.h"
@@ -53,7 +52,7 @@ int showWindow(int argc, char** argv) {
   const QApplication application(argc, argv);
   QApplication::setApplicationName(QStringLiteral("Fundamo bazy"));
   tandeko::useResources();
-  QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/program-48.png")));
+  QApplication::setWindowIcon(tandeko::icon("tandeko"));
   tandeko::ScreenMessages messages;
   Window window(messages);
   window.show();
