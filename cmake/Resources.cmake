@@ -6,7 +6,7 @@ if(NOT RSVG_CONVERT)
   message(FATAL_ERROR "rsvg-convert is missing (package librsvg2-bin)")
 endif()
 find_file(QTBASE_PL qtbase_pl.qm PATHS ${QT6_INSTALL_PREFIX}/share/qt6/translations /usr/share/qt6/translations
-  NO_DEFAULT_PATH)
+  NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH)
 if(NOT QTBASE_PL)
   message(FATAL_ERROR "qtbase_pl.qm is missing (package qt6-translations-l10n)")
 endif()

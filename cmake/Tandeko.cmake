@@ -14,6 +14,13 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
   add_compile_options(-Wno-restrict)
 endif()
 
+# Windows 10 is the oldest Windows served. Each program stands alone: no compiler's library lies beside it.
+if(WIN32)
+  add_compile_definitions(_WIN32_WINNT=0x0A00 WINVER=0x0A00 UNICODE _UNICODE)
+  add_link_options(-static)
+  add_compile_options(-Wno-stringop-overread)  # GCC 12, too: comparing texts reads no such lengths
+endif()
+
 option(TANDEKO_SANITIZE "Compile with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
 if(TANDEKO_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)

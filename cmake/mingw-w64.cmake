@@ -8,10 +8,9 @@ set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
 set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 
-# Windows 10 is the oldest system served; its API is asked for.
-add_compile_definitions(_WIN32_WINNT=0x0A00 WINVER=0x0A00 UNICODE _UNICODE)
-
-set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32)
+# TANDEKO_QT: where Qt for Windows was installed; not needed for the engine and the console tools.
+set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES TANDEKO_QT)
+set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32 ${TANDEKO_QT})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
