@@ -51,17 +51,21 @@ void startPackageProgram(Session& session, const QString& program) {
       session.settings().program().folderPrograms);
 }
 
-void openHelp(Session& session) {
+void openHelp(Session& session, HelpView view) {
   const QString path = session.settings().helpFile();
-  switch (session.shell().openDocument(path)) {
+  const QString shown = QDir::toNativeSeparators(path);
+  switch (session.shell().openHelp(path, view)) {
     case ShellResult::Done:
       return;
     case ShellResult::NotFound:
-      return session.messages().refuse(QStringLiteral("Nie można zlokalizować pliku pomocy: ") +
-                                       QDir::toNativeSeparators(path));
+      return session.messages().refuse(QStringLiteral("Nie można zlokalizować pliku pomocy: ") + shown);
+    case ShellResult::NoProgram:
+      return session.messages().refuse(QStringLiteral("Nie można otworzyć pliku pomocy: ") + shown +
+                                       QStringLiteral(" - brak programu do wyświetlania plików pomocy. "
+                                                      "Podręcznik użytkownika (pdf) w menu Pomoc ma tę "
+                                                      "samą treść."));
     default:
-      return session.messages().refuse(QStringLiteral("Nie można otworzyć pliku pomocy: ") +
-                                       QDir::toNativeSeparators(path));
+      return session.messages().refuse(QStringLiteral("Nie można otworzyć pliku pomocy: ") + shown);
   }
 }
 
@@ -167,8 +171,8 @@ QMap<QString, std::function<void()>> menuHandlers(Session& session, mdiMenu& win
       {QStringLiteral("mnuOknoPoziomo"), [&window] { window.children().arrangeRows(); }},
       {QStringLiteral("mnuOknoPionowo"), [&window] { window.children().arrangeColumns(); }},
       {QStringLiteral("mnuOknoUporzadkuj"), [&window] { window.children().arrangeIcons(); }},
-      {QStringLiteral("mnuPomocSpis"), [&session] { openHelp(session); }},
-      {QStringLiteral("mnuPomocIndeks"), [&session] { openHelp(session); }},
+      {QStringLiteral("mnuPomocSpis"), [&session] { openHelp(session, HelpView::Contents); }},
+      {QStringLiteral("mnuPomocIndeks"), [&session] { openHelp(session, HelpView::Index); }},
       {QStringLiteral("mnuPomocPodrecznik"), [&session] { openManual(session); }},
       {QStringLiteral("mnuPomocInternet"), [&session] { openWebPage(session); }},
       {QStringLiteral("mnuPomocPytanie"), [&session] { askQuestion(session); }},

@@ -9,6 +9,7 @@
 #ifdef Q_OS_WIN
 #include <windows.h>
 
+#include <htmlhelp.h>
 #include <shellapi.h>
 #endif
 
@@ -36,7 +37,32 @@ ShellResult openByShell(const QString& what) {
   }
 }
 
+// HTML Help's one function; none on a system without HTML Help.
+using HtmlHelpFunction = HWND(WINAPI*)(HWND, LPCWSTR, UINT, DWORD_PTR);
+const wchar_t kHtmlHelpLibrary[] = L"hhctrl.ocx";
+
+HtmlHelpFunction htmlHelpOf(HMODULE library) {
+  return library ? reinterpret_cast<HtmlHelpFunction>(
+                       reinterpret_cast<void (*)()>(GetProcAddress(library, "HtmlHelpW")))
+                 : nullptr;
+}
+
+bool showHelp(const QString& path, HelpView view) {
+  const HtmlHelpFunction help =
+      htmlHelpOf(LoadLibraryExW(kHtmlHelpLibrary, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32));
+  const UINT command = view == HelpView::Index ? HH_DISPLAY_INDEX : HH_DISPLAY_TOC;
+  return help && help(nullptr, reinterpret_cast<const wchar_t*>(path.utf16()), command, 0);
+}
+
+void closeHelp() {
+  if (const HtmlHelpFunction help = htmlHelpOf(GetModuleHandleW(kHtmlHelpLibrary)))
+    help(nullptr, nullptr, HH_CLOSE_ALL, 0);
+}
+
 #else
+
+bool showHelp(const QString&, HelpView) { return false; }
+void closeHelp() {}
 
 // The opener of the desktop ends at once when it hands over to a running desktop; without one it stays
 // until the viewer ends, so only a quick end tells of a failure.
@@ -73,11 +99,20 @@ ShellResult openByShell(const QString& what) {
 
 }  // namespace
 
+SystemShell::~SystemShell() { closeHelp(); }
+
 ShellResult SystemShell::openDocument(const QString& path) {
   const QFileInfo file(path);
   if (!file.exists()) return ShellResult::NotFound;
   if (!file.isReadable()) return ShellResult::NoAccess;
   return openByShell(QDir::toNativeSeparators(file.absoluteFilePath()));
+}
+
+ShellResult SystemShell::openHelp(const QString& path, HelpView view) {
+  const QFileInfo file(path);
+  if (file.isReadable() && showHelp(QDir::toNativeSeparators(file.absoluteFilePath()), view))
+    return ShellResult::Done;
+  return openDocument(path);
 }
 
 ShellResult SystemShell::openAddress(const QString& address) { return openByShell(address); }

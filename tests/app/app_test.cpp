@@ -540,6 +540,29 @@ TEST_F(Desktop, TheSplashGivesWayToAQuestion) {
   EXPECT_FALSE(splash.isVisible());
 }
 
+TEST_F(Desktop, HelpShowsItsContentsOrIndexOrSaysWhyNot) {
+  start();
+  const QString path = session.settings().helpFile();
+  action("mnuPomocSpis")->trigger();
+  action("mnuPomocIndeks")->trigger();
+  EXPECT_EQ(shell.opened, QStringList({path + QStringLiteral(" contents"), path + QStringLiteral(" index")}));
+  EXPECT_TRUE(messages.shown.empty());
+
+  const QString opening = QStringLiteral("Nie można otworzyć pliku pomocy: ") + path;
+  const std::pair<ShellResult, QString> refusals[] = {
+      {ShellResult::NotFound, QStringLiteral("Nie można zlokalizować pliku pomocy: ") + path},
+      {ShellResult::Failed, opening},
+      {ShellResult::NoProgram, opening + QStringLiteral(" - brak programu do wyświetlania plików pomocy. "
+                                                        "Podręcznik użytkownika (pdf) w menu Pomoc ma tę "
+                                                        "samą treść.")},
+  };
+  for (const auto& [result, text] : refusals) {
+    shell.result = result;
+    action("mnuPomocSpis")->trigger();
+    EXPECT_EQ(messages.takeOnly().text, text);
+  }
+}
+
 TEST_F(Desktop, MissingToolsAreNamed) {
   // Beside the test programs lies the tool itself.
   session.settings().setOwnFolder(folder.path());

@@ -30,6 +30,10 @@ class RecordingShell : public Shell {
     opened << path;
     return result;
   }
+  ShellResult openHelp(const QString& path, HelpView view) override {
+    opened << path + (view == HelpView::Index ? QStringLiteral(" index") : QStringLiteral(" contents"));
+    return result;
+  }
   ShellResult openAddress(const QString& address) override {
     opened << address;
     return result;
