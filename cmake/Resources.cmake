@@ -39,7 +39,7 @@ function(tandeko_resources target)
   string(APPEND entries "<file alias=\"translations/qtbase_pl.qm\">${QTBASE_PL}</file>\n")
   file(CONFIGURE OUTPUT ${folder}/tandeko.qrc CONTENT "<RCC><qresource>\n${entries}</qresource></RCC>\n")
   add_custom_command(OUTPUT ${folder}/qrc_tandeko.cpp
-    COMMAND Qt6::rcc --name tandeko -o ${folder}/qrc_tandeko.cpp ${folder}/tandeko.qrc
+    COMMAND Qt6::rcc --no-zstd --name tandeko -o ${folder}/qrc_tandeko.cpp ${folder}/tandeko.qrc
     DEPENDS ${pictures} ${folder}/tandeko.qrc VERBATIM)
   target_sources(${target} PRIVATE ${folder}/qrc_tandeko.cpp)
 endfunction()
