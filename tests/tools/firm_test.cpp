@@ -22,7 +22,7 @@ std::vector<std::string> lines(const std::string& text) {
 }
 
 std::string makeFirm(const TempFolder& folder, const std::string& name, const std::vector<std::string>& options = {}) {
-  const std::string file = folder / name;
+  const std::string file = (folder / name).string();
   EXPECT_EQ(runProcess({FUNDAMO, "--create", file}).status, 0);
   std::vector<std::string> command{DEMOFIRMA, file};
   command.insert(command.end(), options.begin(), options.end());
@@ -59,7 +59,7 @@ TEST(Firm, IsReadTheSameByAnIndependentReader) {
 
 TEST(Firm, HasTheStructureThatIsDescribed) {
   const TempFolder folder;
-  const std::string file = folder / "nowa.mdb";
+  const std::string file = (folder / "nowa.mdb").string();
   ASSERT_EQ(runProcess({FUNDAMO, "--create", file, "--password", "zażółć"}).status, 0);
   EXPECT_EQ(runProcess({JETSQL, file, "--tables"}).status, 1) << "opened without its password";
   const std::vector<std::string> open{JETSQL, "--password", "zażółć", file};
@@ -78,11 +78,11 @@ TEST(Firm, HasTheStructureThatIsDescribed) {
                            "REFERENCES [swgew] ([Indgew])", "PRIMARY KEY ([indewi])"})
     EXPECT_NE(schema.find(part), std::string::npos) << part << "\n" << schema;
   // Refuses to write over a file, and leaves it alone.
-  const auto before = std::filesystem::last_write_time(file);
+  const auto before = std::filesystem::last_write_time(asPath(file));
   const ProcessResult again = runProcess({FUNDAMO, "--create", file});
   EXPECT_EQ(again.status, 1);
   EXPECT_NE(again.err.find("error 3204:"), std::string::npos) << again.err;
-  EXPECT_EQ(std::filesystem::last_write_time(file), before);
+  EXPECT_EQ(std::filesystem::last_write_time(asPath(file)), before);
 }
 
 TEST(Firm, DependsOnItsSeedAlone) {

@@ -29,7 +29,7 @@ class Jetsql : public ::testing::Test {
   }
 
   TempFolder folder_;
-  std::string file_ = folder_ / "t.mdb";
+  std::string file_ = (folder_ / "t.mdb").string();
 };
 
 }  // namespace
@@ -78,24 +78,24 @@ TEST_F(Jetsql, RefusesWhatIsNoDatabaseAndLeavesItAlone) {
     std::ofstream(folder_ / name, std::ios::binary) << bytes;
     return (folder_ / name).string();
   };
-  std::ifstream in(file_, std::ios::binary);
+  std::ifstream in(asPath(file_), std::ios::binary);
   const std::string whole{std::istreambuf_iterator<char>(in), {}};
   std::filesystem::create_directory(folder_ / "folder.mdb");
   const struct {
     std::string file, number;
-  } cases[] = {{folder_ / "brak.mdb", "3024"},
-               {folder_ / "brak" / "brak.mdb", "3044"},
-               {folder_ / "folder.mdb", "3051"},
+  } cases[] = {{(folder_ / "brak.mdb").string(), "3024"},
+               {(folder_ / "brak" / "brak.mdb").string(), "3044"},
+               {(folder_ / "folder.mdb").string(), "3051"},
                {write("pusty.mdb", ""), "3343"},
                {write("tekst.mdb", std::string(20'000, 'x')), "3343"},
                {write("glowa.mdb", whole.substr(0, 100)), "3343"},
                {write("uciety.mdb", whole.substr(0, whole.size() / 2 + 100)), ""}};
   for (const auto& [file, number] : cases) {
     std::error_code none;
-    const auto before = std::filesystem::file_size(file, none);
+    const auto before = std::filesystem::file_size(asPath(file), none);
     const ProcessResult result = run({file, "SELECT * FROM t", "DELETE FROM t"});
     EXPECT_EQ(result.status, 1) << file;
     EXPECT_EQ(result.err.substr(0, 6 + number.size()), "error " + number) << file << ": " << result.err;
-    EXPECT_EQ(std::filesystem::file_size(file, none), before) << file;
+    EXPECT_EQ(std::filesystem::file_size(asPath(file), none), before) << file;
   }
 }

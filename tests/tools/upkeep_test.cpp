@@ -28,13 +28,13 @@ class Upkeep : public ::testing::Test {
     std::sort(lines.begin(), lines.end());
     return lines;
   }
-  std::string bytesOf(const fs::path& file) {
-    std::ifstream in(file, std::ios::binary);
+  std::string bytesOf(const std::string& file) {
+    std::ifstream in(asPath(file), std::ios::binary);
     return {std::istreambuf_iterator<char>(in), {}};
   }
 
   TempFolder folder_;
-  std::string file_ = folder_ / "firma.mdb", compacted_ = folder_ / "po.mdb";
+  std::string file_ = (folder_ / "firma.mdb").string(), compacted_ = (folder_ / "po.mdb").string();
 };
 
 }  // namespace
@@ -75,7 +75,7 @@ TEST_F(Upkeep, AFileInAnUnknownOrderIsReadAndNotChanged) {
     if (bytes[page] != 2) continue;
     for (size_t at = page; (at = bytes.find(std::string("\x15\x04\0\0", 4), at)) < page + 4096;) bytes[at] = 0x07;
   }
-  std::ofstream(file_, std::ios::binary) << bytes;
+  std::ofstream(asPath(file_), std::ios::binary) << bytes;
 
   const ProcessResult checked = run({file_, "--check"});
   EXPECT_EQ(checked.status, 0) << checked.out;
@@ -83,7 +83,7 @@ TEST_F(Upkeep, AFileInAnUnknownOrderIsReadAndNotChanged) {
   EXPECT_EQ(run({"--format", "tsv", file_, query}).out, before);
   EXPECT_EQ(run({file_, "UPDATE swgew SET nazwa = 'x'"}).err.substr(0, 11), "error 3027:");
   EXPECT_EQ(run({file_, "--compact", compacted_}).err.substr(0, 11), "error 3049:");
-  EXPECT_FALSE(fs::exists(compacted_));
+  EXPECT_FALSE(fs::exists(asPath(compacted_)));
   const ProcessResult repaired = run({file_, "--repair"});
   EXPECT_EQ(repaired.out, "the sort order of the file is not known, it is the General one now\n");
   EXPECT_EQ(run({file_, "--check"}).out, "");
@@ -103,7 +103,7 @@ TEST_F(Upkeep, TellsWhatWasLostAndWhatIsWrong) {
   const auto* rows = reinterpret_cast<const unsigned char*>(bytes.data()) + 4096;
   bytes[4096 + (rows[14] | (rows[15] & 0x1F) << 8) + 5 + page / 8] &= static_cast<char>(~(1 << page % 8));
   bytes.resize(bytes.size() + 4096);
-  std::ofstream(file_, std::ios::binary) << bytes;
+  std::ofstream(asPath(file_), std::ios::binary) << bytes;
   const ProcessResult leaked = run({file_, "--check"});
   EXPECT_EQ(leaked.status, 0);
   EXPECT_EQ(leaked.out, "");
@@ -111,13 +111,13 @@ TEST_F(Upkeep, TellsWhatWasLostAndWhatIsWrong) {
   // The data pages of the catalogue turned to zeros.
   for (size_t at = 4096 * 6; at < bytes.size(); at += 4096)
     if (bytes[at] == 1 && bytes[at + 4] == 2 && bytes[at + 5] == 0) bytes.replace(at, 4096, 4096, '\0');
-  std::ofstream(file_, std::ios::binary) << bytes;
+  std::ofstream(asPath(file_), std::ios::binary) << bytes;
   EXPECT_EQ(run({file_, "--check"}).status, 1);
   const ProcessResult repaired = run({file_, "--repair"});
   EXPECT_EQ(repaired.status, 0) << repaired.err;
   EXPECT_NE(repaired.out.find("system table MSysObjects: "), std::string::npos) << repaired.out;
   EXPECT_EQ(run({file_, "--check"}).out, "");
 
-  std::ofstream(file_, std::ios::binary) << "To nie jest baza danych.";
+  std::ofstream(asPath(file_), std::ios::binary) << "To nie jest baza danych.";
   EXPECT_EQ(run({file_, "--repair"}).err.substr(0, 11), "error 3056:");
 }

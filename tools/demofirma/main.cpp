@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "console/console.h"
 #include "firm.h"
 
 namespace {
@@ -51,19 +52,18 @@ std::optional<Arguments> parse(const std::vector<std::string>& words) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const std::vector<std::string> words(argv + 1, argv + argc);
+  const std::vector<std::string> words = commandLine(argc, argv);
   if (words.size() == 1 && words[0] == "--help") return std::fputs(kUsage, stdout), 0;
   if (words.size() == 1 && words[0] == "--version") return std::puts("demofirma " TANDEKO_VERSION), 0;
   const auto arguments = parse(words);
   if (!arguments) return std::fputs(kUsage, stderr), 2;
   try {
     jet::Workspace workspace;
-    const auto database = workspace.openDatabase(
-        std::filesystem::path(reinterpret_cast<const char8_t*>(arguments->file.c_str())));
+    const auto database = workspace.openDatabase(toPath(arguments->file));
     fillFirm(workspace, *database, arguments->size);
     return 0;
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "error %s\n", error.what());
+    print(std::string("error ") + error.what() + "\n", stderr);
     return 1;
   }
 }

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "console/console.h"
 #include "jet/dao/dao.h"
 #include "structure/create.h"
 
@@ -26,16 +27,12 @@ constexpr char kUsage[] =
 #endif
     "fundamo --help | --version\n";
 
-std::filesystem::path toPath(const std::string& utf8) {
-  return std::filesystem::path(reinterpret_cast<const char8_t*>(utf8.c_str()));
-}
-
 int create(const std::string& file, const std::string& password) {
   try {
     structure::createDatabase(toPath(file), jet::fromUtf8(password));
     return 0;
   } catch (const jet::Error& error) {
-    std::fprintf(stderr, "error %s\n", error.what());
+    print(std::string("error ") + error.what() + "\n", stderr);
     return 1;
   }
 }
@@ -63,7 +60,7 @@ int showWindow(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const std::vector<std::string> words(argv + 1, argv + argc);
+  const std::vector<std::string> words = commandLine(argc, argv);
   if (words.size() == 1 && words[0] == "--help") return std::fputs(kUsage, stdout), 0;
   if (words.size() == 1 && words[0] == "--version") return std::puts("fundamo " TANDEKO_VERSION), 0;
   if (words.size() == 2 && words[0] == "--create") return create(words[1], {});

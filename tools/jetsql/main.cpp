@@ -7,16 +7,12 @@
 #include <string>
 #include <vector>
 
+#include "console/console.h"
 #include "jet/catalog/row_store.h"
 #include "jet/dao/dao.h"
 #include "jet/sql/engine.h"
 #include "output.h"
 #include "schema.h"
-
-#ifdef _WIN32
-#include <fcntl.h>
-#include <io.h>
-#endif
 
 namespace {
 
@@ -40,10 +36,6 @@ struct Arguments {
   std::string file;
   std::vector<std::string> texts;  // statements or a table's name
 };
-
-std::filesystem::path toPath(const std::string& utf8) {
-  return std::filesystem::path(reinterpret_cast<const char8_t*>(utf8.c_str()));
-}
 
 std::optional<Format> formatNamed(const std::string& name) {
   if (name == "table") return Format::Table;
@@ -134,7 +126,7 @@ void runAll(jet::Database& database, std::u16string_view text, Format format, Ou
 // Each statement runs when its ';' has been read, so that a script can wait for its answer.
 void runStandardInput(jet::Database& database, Format format, Output& output) {
   std::u16string pending;
-  for (std::string line; std::getline(std::cin, line);) {
+  for (std::string line; readLine(line);) {
     pending += jet::fromUtf8(line) + u'\n';
     if (line.find(';') == std::string::npos) continue;
     jet::sql::Script script = jet::sql::splitScript(pending);
@@ -218,11 +210,8 @@ int perform(const Arguments& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
-#ifdef _WIN32
-  _setmode(_fileno(stdout), _O_BINARY);
-#endif
   std::ios::sync_with_stdio(false);
-  const std::vector<std::string> words(argv + 1, argv + argc);
+  const std::vector<std::string> words = commandLine(argc, argv);
   if (words.size() == 1 && words[0] == "--help") return std::fputs(kUsage, stdout), 0;
   if (words.size() == 1 && words[0] == "--version") return std::puts("jetsql " TANDEKO_VERSION), 0;
   const auto arguments = parse(words);
@@ -230,9 +219,9 @@ int main(int argc, char** argv) {
   try {
     return perform(*arguments);
   } catch (const jet::Error& error) {
-    std::fprintf(stderr, "error %s\n", error.what());
+    print(std::string("error ") + error.what() + "\n", stderr);
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "error 3000: %s\n", error.what());
+    print(std::string("error 3000: ") + error.what() + "\n", stderr);
   }
   return 1;
 }

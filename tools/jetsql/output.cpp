@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "console/console.h"
 #include "jet/format/text.h"
 
 using jet::Value;
@@ -367,7 +368,7 @@ class TableSink : public PrintingSink {
 }  // namespace
 
 void Output::flush() {
-  std::fwrite(buffer_.data(), 1, buffer_.size(), stdout);
+  print(buffer_);
   std::fflush(stdout);
   buffer_.clear();
 }

@@ -1,13 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 
 #include "catalog_fixture.h"
 #include "jet/catalog/row_store.h"
 #include "jet/format/text.h"
 #include "jet/storage/btree.h"
 #include "support/other_reader.h"
+#include "support/process.h"
 
 namespace jet {
 namespace {
@@ -130,16 +130,6 @@ void expectSound(Catalog& catalog, bool exactKeys = true) {
   }
 }
 
-std::string run(const std::string& command) {
-  std::string output;
-  FILE* pipe = popen((command + " 2>&1").c_str(), "r");
-  if (!pipe) return output;
-  char buffer[4096];
-  for (size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;) output.append(buffer, n);
-  pclose(pipe);
-  return output;
-}
-
 class CatalogDdl : public testing::Test {
  protected:
   CatalogDdl() : path_(scratch_ / "ddl.mdb"), db_(createDatabase(path_, 0x0415)) {}
@@ -213,9 +203,10 @@ TEST_F(CatalogDdl, WhatWasCreatedIsFoundAgain) {
 
   db_.catalog.reset();
   db_.pager.reset();
-  if (std::system("command -v mdb-tables >/dev/null") != 0) return;
-  const std::string schema =
-      run("mdb-schema --indexes --relations --not-null " + path_.string() + " postgres");
+  const ProcessResult described = runProcess(
+      {"mdb-schema", "--indexes", "--relations", "--not-null", path_.string(), "postgres"});
+  if (described.status == 127) return;  // not installed
+  const std::string& schema = described.out;
   for (const char* expected :
        {"\"nazwisko\"\t\t\tVARCHAR (40) NOT NULL", "PRIMARY KEY (\"id\")",
         "REFERENCES \"Pracownicy\"(\"id\") ON UPDATE CASCADE", "UNIQUE", "\"uwagi\""}) {

@@ -1,24 +1,22 @@
 // Copies in processes of their own that work in one real file while some of them are killed.
 
-#ifndef _WIN32
-
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/mman.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <iostream>
 #include <random>
+#include <thread>
 
 #include "jet/durability/script.h"
+#include "support/process.h"
 #include "support/temp_folder.h"
 
 namespace jet::test {
 namespace {
 
+constexpr char kFile[] = "firma.mdb", kBoard[] = "board";
 constexpr int kWorkers = 4;
 constexpr int kHolders = 8;
 constexpr int kItems = 5;  // of each worker at any time, once it has made so many
@@ -69,13 +67,15 @@ void change(Workspace& workspace, Database& database, int worker, int32_t n, std
   }
 }
 
-[[noreturn]] void work(const std::filesystem::path& path, Board& board, int worker, uint64_t seed) {
+[[noreturn]] void work(int worker, uint64_t seed) {
+  const SharedMemory shared(kBoard, sizeof(Board));
+  Board& board = *static_cast<Board*>(shared.data());
   std::mt19937_64 random(seed);
   Workspace workspace;
   std::unique_ptr<Database> database;
   for (;;) {
     try {
-      if (!database || random() % 40 == 0) database = workspace.openDatabase(path);
+      if (!database || random() % 40 == 0) database = workspace.openDatabase(kFile);
       if (integer(*database, u"SELECT Sum(ilosc) FROM posiadacze") != kTotal) ++board.wrong[worker];
       const int32_t done = integer(*database, u"SELECT numer FROM liczniki WHERE kopia = " + number(worker));
       // A commit is complete or absent, and acknowledged or cut off just before that.
@@ -124,32 +124,27 @@ void expectItems(Database& database, int worker, int32_t done) {
 
 TEST(EngineProcesses, KilledOnesLoseNothingAndLeaveNothingHalfDone) {
   const TempFolder folder;
-  const std::filesystem::path path = folder / "firma.mdb";
+  const std::filesystem::path path = folder / kFile;
   create(path);
-  void* shared = mmap(nullptr, sizeof(Board), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-  ASSERT_NE(shared, MAP_FAILED);
-  Board& board = *new (shared) Board{};
+  const SharedMemory shared(folder / kBoard, sizeof(Board));
+  const Board& board = *static_cast<Board*>(shared.data());
 
   std::mt19937_64 random(5);
-  std::array<pid_t, kWorkers> workers{};
+  std::array<ChildProcess, kWorkers> workers;
   const auto start = [&](int worker) {
-    const uint64_t seed = random();
-    workers[worker] = fork();
-    if (workers[worker] == 0) work(path, board, worker, seed);
-  };
-  const auto stop = [&](int worker) {
-    kill(workers[worker], SIGKILL);
-    waitpid(workers[worker], nullptr, 0);
+    const std::string program = worker % 2 == 1 ? partnerProgram() : ownProgram();
+    workers[worker] =
+        ChildProcess({program, "--worker", std::to_string(worker), std::to_string(random())}, folder.path());
   };
   for (int worker = 0; worker < kWorkers; ++worker) start(worker);
   const int kills = longRun() ? 100 : 20;
   for (int i = 0; i < kills; ++i) {
-    usleep(150000 + random() % 100000);
+    std::this_thread::sleep_for(std::chrono::milliseconds(150 + random() % 100));
     const int victim = static_cast<int>(random() % kWorkers);
-    stop(victim);
+    workers[victim].kill();
     start(victim);
   }
-  for (int worker = 0; worker < kWorkers; ++worker) stop(worker);
+  for (int worker = 0; worker < kWorkers; ++worker) workers[worker].kill();
 
   Workspace workspace;
   const auto database = workspace.openDatabase(path, {.exclusive = true, .readOnly = false, .connect = {}});
@@ -168,10 +163,15 @@ TEST(EngineProcesses, KilledOnesLoseNothingAndLeaveNothingHalfDone) {
   expectSound(*database);
   std::cout << commits << " transactions of " << kWorkers << " copies, " << kills << " killed, " << refusals
             << " refusals\n";
-  munmap(shared, sizeof(Board));
 }
 
 }  // namespace
 }  // namespace jet::test
 
-#endif
+// The program is its own workers' too.
+int main(int argc, char** argv) {
+  if (argc == 4 && std::string_view(argv[1]) == "--worker")
+    jet::test::work(std::stoi(argv[2]), std::stoull(argv[3]));
+  testing::InitGoogleTest(&argc, argv);
+  return RUN_ALL_TESTS();
+}

@@ -31,6 +31,10 @@ std::unique_ptr<Pager> open(const fs::path& path, Pager::Options options = {}) {
   return Pager::open(Environment::system(), path, options);
 }
 
+void resize(const fs::path& path, uint64_t size) {
+  Environment::system().open(path, Environment::Open::ReadWrite)->truncate(size);
+}
+
 TEST(Pager, CommitsAndRollsBackNestedLevels) {
   TemporaryDatabase database;
   {
@@ -90,11 +94,12 @@ TEST(Pager, RefusesWhatIsNoDatabase) {
   TemporaryDatabase database;
   const auto damaged = [&](uint64_t offset, uint8_t value, uint64_t size) {
     const fs::path copy = database.folder / "copy.mdb";
-    fs::copy_file(database.path, copy, fs::copy_options::overwrite_existing);
+    fs::remove(copy);
+    fs::copy_file(database.path, copy);
     std::fstream(copy, std::ios::in | std::ios::out | std::ios::binary)
         .seekp(static_cast<long>(offset))
         .put(value);
-    fs::resize_file(copy, size);
+    resize(copy, size);
     return errorOf([&] { open(copy); });
   };
   EXPECT_EQ(damaged(0x14, 1, 8 * 4096), 0);
@@ -110,22 +115,22 @@ TEST(Pager, RefusesWhatIsNoDatabase) {
 
 TEST(Pager, FileCutShortIsReadOnly) {
   TemporaryDatabase database;
-  fs::resize_file(database.path, 7 * 4096 + 100);
+  resize(database.path, 7 * 4096 + 100);
   const auto pager = open(database.path);
   EXPECT_EQ(valuesOf(*pager), (PageValues{0, 1, 2, 3, 4, 5, 6}));
   EXPECT_EQ(errorOf([&] { commitValue(*pager, 1, 1); }), 3049);
-  fs::resize_file(database.path, 7 * 4096);
+  resize(database.path, 7 * 4096);
   EXPECT_EQ(errorOf([&] { commitValue(*open(database.path), 1, 1); }), 0);
 }
 
 // A damaged head must not make the engine believe in pages beyond the format's limit.
 TEST(Pager, FileBeyondTheLimitIsReadOnly) {
   TemporaryDatabase database;
-  fs::resize_file(database.path, uint64_t{1} << 40);
+  resize(database.path, uint64_t{1} << 40);
   const auto pager = open(database.path);
   EXPECT_EQ(pager->pageCount(), (uint64_t{1} << 31) / 4096);
   EXPECT_EQ(errorOf([&] { commitValue(*pager, 1, 1); }), 3049);
-  fs::resize_file(database.path, uint64_t{1} << 31);
+  resize(database.path, uint64_t{1} << 31);
   const auto full = open(database.path);
   Transaction transaction(*full);
   EXPECT_EQ(errorOf([&] { full->append(); }), 3036);

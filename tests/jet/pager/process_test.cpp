@@ -1,25 +1,24 @@
 // Processes that share one real file while some of them are killed.
 
-#ifndef _WIN32
-
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/mman.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <iostream>
 #include <random>
+#include <thread>
 
 #include "jet/pager/page_model.h"
+#include "support/process.h"
+#include "support/temp_folder.h"
 
 namespace jet::test {
 namespace {
 
 namespace fs = std::filesystem;
 
+constexpr char kFile[] = "data.mdb", kBoard[] = "board";
 constexpr int kWorkers = 4;
 constexpr PageNumber kAccounts = 12;  // pages 1..12, each with 1000 at the beginning
 constexpr PageNumber kFirstCounter = 13;
@@ -30,12 +29,14 @@ struct Board {
 };
 
 // Moves amounts between two accounts and counts its own commits on its own page, all in one transaction.
-[[noreturn]] void work(const fs::path& path, Board& board, int worker, uint64_t seed) {
+[[noreturn]] void work(int worker, uint64_t seed) {
+  const SharedMemory shared(kBoard, sizeof(Board));
+  Board& board = *static_cast<Board*>(shared.data());
   std::mt19937_64 random(seed);
   std::unique_ptr<Pager> pager;
   for (;;) {
     try {
-      if (!pager || random() % 50 == 0) pager = Pager::open(Environment::system(), path, {.dirtyPages = 4});
+      if (!pager || random() % 50 == 0) pager = Pager::open(Environment::system(), kFile, {.dirtyPages = 4});
       const PageValues seen = valuesOf(*pager);
       uint32_t sum = 0;
       for (PageNumber page = 1; page <= kAccounts; ++page) sum += seen[page];
@@ -61,9 +62,8 @@ struct Board {
 }
 
 TEST(Processes, KilledOnesLeaveNothingHalfDone) {
-  std::string name = (fs::temp_directory_path() / "pagerXXXXXX").string();
-  const fs::path folder = mkdtemp(name.data());
-  const fs::path path = folder / "data.mdb";
+  const TempFolder folder;
+  const fs::path path = folder / kFile;
   createDatabase(Environment::system(), path, kFirstCounter + kWorkers);
   {
     const auto pager = Pager::open(Environment::system(), path, {});
@@ -72,28 +72,26 @@ TEST(Processes, KilledOnesLeaveNothingHalfDone) {
       setValue(*pager, page, page < kFirstCounter ? 1000 : 0);
     transaction.commit();
   }
-  void* shared = mmap(nullptr, sizeof(Board), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-  ASSERT_NE(shared, MAP_FAILED);
-  Board& board = *new (shared) Board{};
+  const SharedMemory shared(folder / kBoard, sizeof(Board));
+  const Board& board = *static_cast<Board*>(shared.data());
 
   std::mt19937_64 random(5);
-  std::array<pid_t, kWorkers> workers{};
+  std::array<ChildProcess, kWorkers> workers;
   const auto start = [&](int worker) {
-    const uint64_t seed = random();
-    workers[worker] = fork();
-    if (workers[worker] == 0) work(path, board, worker, seed);
+    const std::string program = worker % 2 == 1 ? partnerProgram() : ownProgram();
+    workers[worker] =
+        ChildProcess({program, "--worker", std::to_string(worker), std::to_string(random())}, folder.path());
   };
   for (int worker = 0; worker < kWorkers; ++worker) start(worker);
   std::array<uint32_t, kWorkers> kills{};
   for (int round = 0; round < (longRun() ? 200 : 40); ++round) {
-    usleep(20000 + random() % 60000);
+    std::this_thread::sleep_for(std::chrono::milliseconds(20 + random() % 60));
     const int victim = static_cast<int>(random() % kWorkers);
-    kill(workers[victim], SIGKILL);
-    waitpid(workers[victim], nullptr, 0);
+    workers[victim].kill();
     ++kills[victim];
     start(victim);
   }
-  for (const pid_t worker : workers) kill(worker, SIGKILL), waitpid(worker, nullptr, 0);
+  for (ChildProcess& worker : workers) worker.kill();
 
   const auto pager = Pager::open(Environment::system(), path, {.exclusive = true});
   const PageValues found = valuesOf(*pager);
@@ -111,11 +109,15 @@ TEST(Processes, KilledOnesLeaveNothingHalfDone) {
     refusals += board.refused[worker];
   }
   std::cout << commits << " commits of " << kWorkers << " processes, " << refusals << " refusals\n";
-  munmap(shared, sizeof(Board));
-  fs::remove_all(folder);
 }
 
 }  // namespace
 }  // namespace jet::test
 
-#endif
+// The program is its own workers' too.
+int main(int argc, char** argv) {
+  if (argc == 4 && std::string_view(argv[1]) == "--worker")
+    jet::test::work(std::stoi(argv[2]), std::stoull(argv[3]));
+  testing::InitGoogleTest(&argc, argv);
+  return RUN_ALL_TESTS();
+}
