@@ -2,11 +2,18 @@
 #include <QCommandLineParser>
 #include <QFileInfo>
 #include <QLocale>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "app/startup.h"
+#include "console/console.h"
 #include "errors/error_reporter.h"
 #include "platform/resources.h"
+
+#ifdef Q_OS_WIN
+#include <windows.h>
+#endif
 
 namespace {
 
@@ -38,6 +45,11 @@ class Application : public QApplication {
   tandeko::Session* session_ = nullptr;
 };
 
+[[noreturn]] void leave(const QString& text, std::FILE* stream, int status) {
+  print(text.toStdString(), stream);
+  std::exit(status);
+}
+
 // The file named on the command line, if any; answers --help and --version.
 QString fileOf(const QCoreApplication& application) {
   QCommandLineParser parser;
@@ -45,11 +57,13 @@ QString fileOf(const QCoreApplication& application) {
   const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
                                 QStringLiteral("Wyświetla tę pomoc."));
   parser.addOption(help);
-  parser.addVersionOption();
+  const QCommandLineOption version = parser.addVersionOption();
   parser.addPositionalArgument(QStringLiteral("BAZA.mdb"), QStringLiteral("Baza danych do otwarcia"),
                                QStringLiteral("[BAZA.mdb]"));
-  parser.process(application);
-  if (parser.isSet(help)) parser.showHelp();
+  if (!parser.parse(application.arguments())) leave(parser.errorText() + u'\n', stderr, EXIT_FAILURE);
+  if (parser.isSet(help)) leave(parser.helpText(), stdout, EXIT_SUCCESS);
+  if (parser.isSet(version))
+    leave(tandeko::kProgramName + u' ' + tandeko::programVersion().text() + u'\n', stdout, EXIT_SUCCESS);
   const QStringList files = parser.positionalArguments();
   return files.isEmpty() ? QString() : QFileInfo(files.first()).absoluteFilePath();
 }
@@ -58,6 +72,10 @@ QString fileOf(const QCoreApplication& application) {
 
 int main(int argc, char** argv) {
   using namespace tandeko;
+#ifdef Q_OS_WIN
+  // A drive that is gone is told in the program's own words.
+  SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
+#endif
   QLocale::setDefault(QLocale(QLocale::Polish, QLocale::Poland));
   QCoreApplication::setApplicationName(kProgramName);
   QCoreApplication::setApplicationVersion(programVersion().text());

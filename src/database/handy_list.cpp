@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include "database/same_file.h"
 #include "platform/file_probe.h"
 #include "platform/secret.h"
 #include "session/names.h"
@@ -18,7 +19,8 @@ const QString kOne = QStringLiteral("1");
 const QString kZero = QStringLiteral("0");
 
 QString joined(const QString& folder, const QString& file) {
-  return QDir::toNativeSeparators(folder + u'/' + file);
+  const QString plain = QDir::fromNativeSeparators(folder);
+  return QDir::toNativeSeparators(plain.endsWith(u'/') ? plain + file : plain + u'/' + file);
 }
 
 }  // namespace
@@ -53,13 +55,13 @@ QList<HandyEntry> handyList(Session& session) {
 }
 
 std::optional<HandyEntry> handyEntryOf(Session& session, const QString& path) {
-  const QFileInfo wanted(path);
+  const QString name = QFileInfo(path).fileName();
   for (const HandyEntry& entry : handyList(session)) {
-    const QFileInfo listed(entry.path());
-    if (listed.absoluteFilePath() == wanted.absoluteFilePath()) return entry;
+    if (samePath(entry.path(), path)) return entry;
     // The same file by another path. Only one of that name is looked for: other drives need not answer.
-    const bool named = entry.fileName().compare(wanted.fileName(), Qt::CaseInsensitive) == 0;
-    if (named && FileProbe(entry.path()).answer() == FileAnswer::Present && listed == wanted) return entry;
+    const bool named = entry.fileName().compare(name, Qt::CaseInsensitive) == 0;
+    if (named && FileProbe(entry.path()).answer() == FileAnswer::Present && sameFile(entry.path(), path))
+      return entry;
   }
   return std::nullopt;
 }

@@ -1,18 +1,13 @@
 #include "platform/file_probe.h"
 
-#include <filesystem>
+#include <QFileInfo>
 #include <thread>
-
-#include "platform/text.h"
 
 namespace tandeko {
 
 namespace {
 
-bool isFile(const QString& path) {
-  std::error_code error;
-  return std::filesystem::is_regular_file(toPath(path), error);
-}
+bool isFile(const QString& path) { return QFileInfo(path).isFile(); }
 
 }  // namespace
 

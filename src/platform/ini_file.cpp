@@ -4,6 +4,7 @@
 #include <QSaveFile>
 #include <QStringConverter>
 #include <QStringList>
+#include <QThread>
 
 #include "jet/format/text.h"
 #include "platform/text.h"
@@ -49,6 +50,31 @@ std::optional<std::pair<qsizetype, qsizetype>> sectionRange(const QStringList& l
   return std::nullopt;
 }
 
+bool writeOnce(const QString& path, const QString& section, const QString& key, const QString& value) {
+  bool found = false;
+  QStringList lines = readLines(path, found);
+  if (!found && QFile::exists(path)) return false;
+  QString plain = value;
+  plain.replace(u'\r', u' ').replace(u'\n', u' ');
+  const QString line = key + u'=' + plain;
+  if (const auto range = sectionRange(lines, section)) {
+    qsizetype at = range->first;
+    while (at < range->second && !isKey(lines[at], key)) ++at;
+    if (at < range->second) {
+      lines[at] = line;
+    } else {
+      while (at > range->first && lines[at - 1].trimmed().isEmpty()) --at;
+      lines.insert(at, line);
+    }
+  } else {
+    lines << u'[' + section + u']' << line;
+  }
+  QSaveFile file(path);
+  if (!file.open(QIODevice::WriteOnly)) return false;
+  file.write("\xEF\xBB\xBF" + (lines.join(u"\r\n"_qs) + u"\r\n"_qs).toUtf8());
+  return file.commit();
+}
+
 }  // namespace
 
 QString decodeText(const QByteArray& bytes) {
@@ -79,29 +105,18 @@ std::optional<QString> iniRead(const QString& path, const QString& section, cons
   return std::nullopt;
 }
 
+// Windows replaces no file that another program is just reading.
 bool iniWrite(const QString& path, const QString& section, const QString& key, const QString& value) {
-  bool found = false;
-  QStringList lines = readLines(path, found);
-  if (!found && QFile::exists(path)) return false;
-  QString plain = value;
-  plain.replace(u'\r', u' ').replace(u'\n', u' ');
-  const QString line = key + u'=' + plain;
-  if (const auto range = sectionRange(lines, section)) {
-    qsizetype at = range->first;
-    while (at < range->second && !isKey(lines[at], key)) ++at;
-    if (at < range->second) {
-      lines[at] = line;
-    } else {
-      while (at > range->first && lines[at - 1].trimmed().isEmpty()) --at;
-      lines.insert(at, line);
-    }
-  } else {
-    lines << u'[' + section + u']' << line;
+#ifdef Q_OS_WIN
+  constexpr int kTries = 20, kPause = 10;  // milliseconds
+#else
+  constexpr int kTries = 1, kPause = 0;
+#endif
+  for (int tries = 0; tries < kTries; ++tries) {
+    if (tries > 0) QThread::msleep(kPause);
+    if (writeOnce(path, section, key, value)) return true;
   }
-  QSaveFile file(path);
-  if (!file.open(QIODevice::WriteOnly)) return false;
-  file.write("\xEF\xBB\xBF" + (lines.join(u"\r\n"_qs) + u"\r\n"_qs).toUtf8());
-  return file.commit();
+  return false;
 }
 
 }  // namespace tandeko

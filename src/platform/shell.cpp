@@ -4,13 +4,17 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QStandardPaths>
-#include <QUrl>
 
 #ifdef Q_OS_WIN
+#include <QApplication>
+#include <QWidget>
+
 #include <windows.h>
 
 #include <htmlhelp.h>
 #include <shellapi.h>
+
+#include <array>
 #endif
 
 namespace tandeko {
@@ -19,16 +23,58 @@ namespace {
 
 #ifdef Q_OS_WIN
 
+constexpr qsizetype kShellPath = MAX_PATH - 1;  // characters
+
+// The shell takes no longer paths, but short names of folders. (A file's short name has another extension.)
+// `path` itself where the drive keeps none.
+QString pathForShell(const QString& path) {
+  if (path.size() <= kShellPath) return path;
+  const auto name = path.lastIndexOf(u'\\');
+  const bool server = path.startsWith(u"\\\\");
+  const QString folder = (server ? QStringLiteral("\\\\?\\UNC") + path.mid(1, name - 1)
+                                 : QStringLiteral("\\\\?\\") + path.first(name));
+  std::array<wchar_t, MAX_PATH + 16> buffer{};
+  const DWORD size = GetShortPathNameW(reinterpret_cast<const wchar_t*>(folder.utf16()), buffer.data(),
+                                       static_cast<DWORD>(buffer.size()));
+  if (size == 0 || size >= buffer.size()) return path;
+  const QString shortened = QString::fromWCharArray(buffer.data(), static_cast<qsizetype>(size));
+  return (server ? u'\\' + shortened.mid(7) : shortened.mid(4)) + path.mid(name);
+}
+
+// A file that another program has open and does not share is accessible all the same.
+bool mayRead(const QString& path) {
+  const HANDLE file = CreateFileW(reinterpret_cast<const wchar_t*>(path.utf16()), GENERIC_READ,
+                                  FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                  OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return GetLastError() != ERROR_ACCESS_DENIED;
+  CloseHandle(file);
+  return true;
+}
+
+HWND activeWindow() {
+  const QWidget* window = QApplication::activeWindow();
+  return window ? reinterpret_cast<HWND>(window->winId()) : nullptr;
+}
+
+// The shell's own boxes stay away: the caller has words for each failure. (The application object has
+// prepared COM on this thread, which openers may need.)
 ShellResult openByShell(const QString& what) {
-  const auto code = reinterpret_cast<INT_PTR>(ShellExecuteW(
-      nullptr, L"open", reinterpret_cast<const wchar_t*>(what.utf16()), nullptr, nullptr, SW_SHOWNORMAL));
-  if (code > 32) return ShellResult::Done;
-  switch (code) {
-    case ERROR_FILE_NOT_FOUND:
-    case ERROR_PATH_NOT_FOUND:
+  SHELLEXECUTEINFOW call{};
+  call.cbSize = sizeof call;
+  call.fMask = SEE_MASK_FLAG_NO_UI;
+  call.hwnd = activeWindow();
+  call.lpVerb = L"open";
+  call.lpFile = reinterpret_cast<const wchar_t*>(what.utf16());
+  call.nShow = SW_SHOWNORMAL;
+  if (ShellExecuteExW(&call)) return ShellResult::Done;
+  switch (reinterpret_cast<INT_PTR>(call.hInstApp)) {
+    case SE_ERR_FNF:
+    case SE_ERR_PNF:
+    case ERROR_BAD_NETPATH:
       return ShellResult::NotFound;
     case SE_ERR_ACCESSDENIED:
-      return ShellResult::NoAccess;
+      // Also when the user, whom the system asked, called it off.
+      return GetLastError() == ERROR_CANCELLED ? ShellResult::Done : ShellResult::NoAccess;
     case SE_ERR_NOASSOC:
     case SE_ERR_ASSOCINCOMPLETE:
       return ShellResult::NoProgram;
@@ -63,6 +109,8 @@ void closeHelp() {
 
 bool showHelp(const QString&, HelpView) { return false; }
 void closeHelp() {}
+QString pathForShell(const QString& path) { return path; }
+bool mayRead(const QString& path) { return QFileInfo(path).isReadable(); }
 
 // The opener of the desktop ends at once when it hands over to a running desktop; without one it stays
 // until the viewer ends, so only a quick end tells of a failure.
@@ -104,8 +152,8 @@ SystemShell::~SystemShell() { closeHelp(); }
 ShellResult SystemShell::openDocument(const QString& path) {
   const QFileInfo file(path);
   if (!file.exists()) return ShellResult::NotFound;
-  if (!file.isReadable()) return ShellResult::NoAccess;
-  return openByShell(QDir::toNativeSeparators(file.absoluteFilePath()));
+  const QString whole = QDir::toNativeSeparators(file.absoluteFilePath());
+  return mayRead(whole) ? openByShell(pathForShell(whole)) : ShellResult::NoAccess;
 }
 
 ShellResult SystemShell::openHelp(const QString& path, HelpView view) {

@@ -91,37 +91,61 @@ class FolderWindowSearch : public WindowSearch {
 
 #ifdef Q_OS_WIN
 
+// The name of a process's executable file without its folder, in small letters: a copy may have been started
+// from another drive letter. Empty when the process may not be asked, because it runs as somebody else.
+QString executableOf(DWORD process) {
+  const HANDLE handle = OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, process);
+  if (!handle) return {};
+  wchar_t name[2048];
+  DWORD size = 2048;
+  const bool known = QueryFullProcessImageNameW(handle, 0, name, &size);
+  CloseHandle(handle);
+  const QString path = known ? QString::fromWCharArray(name, static_cast<qsizetype>(size)) : QString();
+  return path.mid(path.lastIndexOf(u'\\') + 1).toLower();
+}
+
 class DesktopWindowSearch : public WindowSearch {
  public:
   bool find(const QString& caption) override { return handle(caption) != nullptr; }
+
+  // Without waiting for the other copy, which may be busy. What it asks in front of its window stays in
+  // front.
   void raise(const QString& caption) override {
     const HWND window = handle(caption);
     if (!window) return;
+    ShowWindowAsync(window, SW_SHOWMAXIMIZED);
     BringWindowToTop(window);
-    ShowWindow(window, SW_SHOWMAXIMIZED);
-    SetForegroundWindow(window);
+    SetForegroundWindow(GetLastActivePopup(window));
   }
+
   void announce(const QString&, std::function<void()>) override {}
 
  private:
-  // The caption of a main window goes on with that of its child while one fills it.
+  struct Wanted {
+    QString caption;
+    QString executable;
+    HWND found;
+  };
+
   static HWND handle(const QString& caption) {
-    Wanted wanted{caption, nullptr};
+    Wanted wanted{caption, executableOf(GetCurrentProcessId()), nullptr};
     EnumWindows(&compare, reinterpret_cast<LPARAM>(&wanted));
     return wanted.found;
   }
 
-  struct Wanted {
-    QString caption;
-    HWND found;
-  };
-
+  // A visible window of another copy of this program; a folder's window of the same caption is none. The
+  // caption of a main window goes on with that of its child while one fills it.
   static BOOL CALLBACK compare(HWND window, LPARAM parameter) {
     auto* wanted = reinterpret_cast<Wanted*>(parameter);
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    if (process == GetCurrentProcessId() || !IsWindowVisible(window) || GetWindow(window, GW_OWNER))
+      return TRUE;
     wchar_t text[512];
     const QString caption = QString::fromWCharArray(text, GetWindowTextW(window, text, 512));
     if (caption != wanted->caption && !caption.startsWith(wanted->caption + QStringLiteral(" - [")))
       return TRUE;
+    if (executableOf(process) != wanted->executable) return TRUE;
     wanted->found = window;
     return FALSE;
   }

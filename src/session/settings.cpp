@@ -23,19 +23,21 @@ QColor colorOf(const QString& text) {
 
 }  // namespace
 
-QString programFolder() { return QCoreApplication::applicationDirPath(); }
+QString programFolder() { return QDir::toNativeSeparators(QCoreApplication::applicationDirPath()); }
 
 QString builtInFolder(const QString& setting) {
   const QString documents =
       QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) + QStringLiteral("/Tandeko");
-  if (setting == u"Folder baza") return documents + QStringLiteral("/Bazy");
-  if (setting == u"Folder archiwum") return documents + QStringLiteral("/Archiwum");
-  if (setting == u"Folder dokumenty") return documents + QStringLiteral("/Dokumenty");
-  if (setting == u"Folder roboczy") return QDir::tempPath();
-  const QString help = programFolder() + QStringLiteral("/Help");
-  if (setting == u"Folder pomoc" && QDir(help).exists()) return help;
-  if (setting == u"Folder raport") return programFolder() + QStringLiteral("/Raporty");
-  return programFolder();
+  const QString own = QCoreApplication::applicationDirPath();
+  QString folder = own;
+  if (setting == u"Folder baza") folder = documents + QStringLiteral("/Bazy");
+  if (setting == u"Folder archiwum") folder = documents + QStringLiteral("/Archiwum");
+  if (setting == u"Folder dokumenty") folder = documents + QStringLiteral("/Dokumenty");
+  if (setting == u"Folder roboczy") folder = QDir::tempPath();
+  if (setting == u"Folder raport") folder = own + QStringLiteral("/Raporty");
+  const QString help = own + QStringLiteral("/Help");
+  if (setting == u"Folder pomoc" && QDir(help).exists()) folder = help;
+  return QDir::toNativeSeparators(folder);
 }
 
 Settings::Settings(Registry& registry) : registry_(registry) {

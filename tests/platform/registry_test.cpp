@@ -13,6 +13,10 @@
 #include <csignal>
 #endif
 
+#ifdef Q_OS_WIN
+#include <windows.h>
+#endif
+
 #include "support/scripted_messages.h"
 
 using namespace tandeko;
@@ -24,11 +28,34 @@ const QString kKey = QStringLiteral("SOFTWARE\\Kwarcel Software\\Lorvel\\Próba"
 struct RegistryFile {
   QTemporaryDir folder;
   QString path = folder.filePath(QStringLiteral("a/registry"));
+  std::unique_ptr<Registry> open() const { return std::make_unique<FileRegistry>(path); }
 };
+
+struct RegistryInMemory {
+  std::shared_ptr<MemoryRegistry> content = std::make_shared<MemoryRegistry>();
+  std::shared_ptr<Registry> open() const { return content; }
+};
+
+#ifdef Q_OS_WIN
+struct RealRegistry {
+  RealRegistry() { open()->removeKey(kKey); }
+  ~RealRegistry() { open()->removeKey(kKey); }
+  std::unique_ptr<Registry> open() const { return systemRegistry(); }
+};
+using Kinds = testing::Types<RegistryInMemory, RegistryFile, RealRegistry>;
+#else
+using Kinds = testing::Types<RegistryInMemory, RegistryFile>;
+#endif
+
+template <typename Kind>
+struct AnyRegistry : testing::Test {
+  Kind kind;
+};
+TYPED_TEST_SUITE(AnyRegistry, Kinds);
 
 }  // namespace
 
-TEST(Registry, AnyNameAndValueComesBackFromTheFile) {
+TYPED_TEST(AnyRegistry, AnyNameAndValueComesBack) {
   const QStringList odd = {
       QStringLiteral("Zażółć gęślą jaźń"),
       QStringLiteral("a\\b"),
@@ -40,43 +67,81 @@ TEST(Registry, AnyNameAndValueComesBackFromTheFile) {
       QStringLiteral(";x"),
       QString(u""_qs),
   };
-  RegistryFile file;
-  FileRegistry writer(file.path);
-  for (const QString& name : odd) ASSERT_TRUE(writer.write(kKey, name, name + name));
-  // Names of keys cannot hold a backslash: it separates them.
-  for (const QString& name : {odd[0], odd[2], odd[3], odd[5]})
-    ASSERT_TRUE(writer.createKey(kKey + u'\\' + name));
-
-  const FileRegistry reader(file.path);
-  for (const QString& name : odd) EXPECT_EQ(reader.read(kKey, name, QStringLiteral("brak")), name + name);
-  EXPECT_EQ(reader.valueNames(kKey).size(), odd.size());
-  for (const QString& name : {odd[0], odd[2], odd[3], odd[5]})
-    EXPECT_TRUE(reader.hasKey(kKey + u'\\' + name));
-  EXPECT_EQ(reader.subkeys(kKey).size(), 4);
+  const QString longText = QStringLiteral("ż%1").arg(QString(70000, u'x'));
+  const QString longName(255, u'ł');
+  {
+    const auto writer = this->kind.open();
+    for (const QString& name : odd) ASSERT_TRUE(writer->write(kKey, name, name + name));
+    ASSERT_TRUE(writer->write(kKey, longName, longText));
+    // Names of keys cannot hold a backslash: it separates them.
+    for (const QString& name : {odd[0], odd[2], odd[3], odd[5], longName})
+      ASSERT_TRUE(writer->createKey(kKey + u'\\' + name));
+  }
+  const auto reader = this->kind.open();
+  for (const QString& name : odd) EXPECT_EQ(reader->read(kKey, name, QStringLiteral("brak")), name + name);
+  EXPECT_EQ(reader->read(kKey, longName), longText);
+  EXPECT_EQ(reader->read(kKey, QStringLiteral("nie ma"), QStringLiteral("brak")), QStringLiteral("brak"));
+  EXPECT_EQ(reader->valueNames(kKey).size(), odd.size() + 1);
+  for (const QString& name : {odd[0], odd[2], odd[3], odd[5], longName})
+    EXPECT_TRUE(reader->hasKey(kKey + u'\\' + name));
+  EXPECT_EQ(reader->subkeys(kKey).size(), 5);
 }
 
-TEST(Registry, NamesIgnoreCaseAndKeepTheirFirstForm) {
-  MemoryRegistry registry;
-  registry.write(kKey, QStringLiteral("Folder"), QStringLiteral("a"));
-  registry.write(kKey.toUpper(), QStringLiteral("FOLDER"), QStringLiteral("b"));
-  EXPECT_EQ(registry.read(kKey, QStringLiteral("folder")), QStringLiteral("b"));
-  EXPECT_EQ(registry.valueNames(kKey), QStringList{QStringLiteral("Folder")});
-  EXPECT_EQ(registry.subkeys(QStringLiteral("software\\kwarcel software\\lorvel")),
-            QStringList{QStringLiteral("Próba")});
+TYPED_TEST(AnyRegistry, NamesIgnoreCaseAndKeepTheirFirstForm) {
+  const auto registry = this->kind.open();
+  registry->write(kKey + QStringLiteral("\\Żółw"), QStringLiteral("Łódź"), QStringLiteral("a"));
+  registry->write(kKey.toUpper() + QStringLiteral("\\ŻÓŁW"), QStringLiteral("ŁÓDŹ"), QStringLiteral("b"));
+  EXPECT_EQ(registry->read(kKey + QStringLiteral("\\żółw"), QStringLiteral("łódź")), QStringLiteral("b"));
+  EXPECT_EQ(registry->valueNames(kKey + QStringLiteral("\\żółw")), QStringList{QStringLiteral("Łódź")});
+  EXPECT_EQ(registry->subkeys(kKey.toLower()), QStringList{QStringLiteral("Żółw")});
+  EXPECT_TRUE(registry->removeValue(kKey + QStringLiteral("\\żółw"), QStringLiteral("ŁÓDź")));
+  EXPECT_FALSE(registry->removeValue(kKey + QStringLiteral("\\żółw"), QStringLiteral("ŁÓDź")));
 }
 
-TEST(Registry, SubkeysComeInAlphabeticalOrderAndLeaveWithTheirContent) {
-  MemoryRegistry registry;
+TYPED_TEST(AnyRegistry, SubkeysComeInAlphabeticalOrderAndLeaveWithTheirContent) {
+  const auto registry = this->kind.open();
   for (const QString& name : {QStringLiteral("c.mdb"), QStringLiteral("A.mdb"), QStringLiteral("b.mdb")})
-    registry.write(kKey + u'\\' + name, QStringLiteral("x"), name);
-  EXPECT_EQ(registry.subkeys(kKey),
+    registry->write(kKey + u'\\' + name + QStringLiteral("\\1"), QStringLiteral("x"), name);
+  EXPECT_EQ(registry->subkeys(kKey),
             (QStringList{QStringLiteral("A.mdb"), QStringLiteral("b.mdb"), QStringLiteral("c.mdb")}));
-  EXPECT_TRUE(registry.removeKey(kKey + QStringLiteral("\\a.mdb")));
-  EXPECT_FALSE(registry.removeKey(kKey + QStringLiteral("\\a.mdb")));
-  EXPECT_EQ(registry.read(kKey + QStringLiteral("\\A.mdb"), QStringLiteral("x"), QStringLiteral("-")),
+  EXPECT_TRUE(registry->removeKey(kKey + QStringLiteral("\\a.mdb")));
+  EXPECT_FALSE(registry->removeKey(kKey + QStringLiteral("\\a.mdb")));
+  EXPECT_EQ(registry->read(kKey + QStringLiteral("\\A.mdb\\1"), QStringLiteral("x"), QStringLiteral("-")),
             QStringLiteral("-"));
-  EXPECT_EQ(registry.subkeys(kKey).size(), 2);
+  EXPECT_EQ(registry->subkeys(kKey).size(), 2);
+  EXPECT_FALSE(registry->removeKey(QStringLiteral("\\"))) << "that is everything";
+  EXPECT_TRUE(registry->hasKey(kKey));
 }
+
+#ifdef Q_OS_WIN
+// Administrators and other programs write there, too.
+TEST(WindowsRegistry, ReadsValuesThatOthersWrote) {
+  const RealRegistry real;
+  const auto registry = real.open();
+  ASSERT_TRUE(registry->createKey(kKey));
+  HKEY key = nullptr;
+  ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, reinterpret_cast<const wchar_t*>(kKey.utf16()), 0, KEY_SET_VALUE,
+                          &key),
+            ERROR_SUCCESS);
+  SetEnvironmentVariableW(L"TANDEKO_FOLDER", L"C:\\Łódź");
+  const auto put = [key](const wchar_t* name, DWORD type, const void* bytes, DWORD size) {
+    return RegSetValueExW(key, name, 0, type, static_cast<const BYTE*>(bytes), size);
+  };
+  put(L"rozwijany", REG_EXPAND_SZ, L"%TANDEKO_FOLDER%\\Bazy", sizeof L"%TANDEKO_FOLDER%\\Bazy");
+  put(L"bez zera", REG_SZ, L"żółw", 4 * sizeof(wchar_t));
+  put(L"z zerem w środku", REG_SZ, L"a\0b", sizeof L"a\0b");
+  put(L"pusty", REG_SZ, nullptr, 0);
+  const DWORD number = 7;
+  put(L"liczba", REG_DWORD, &number, sizeof number);
+  RegCloseKey(key);
+  const auto read = [&](const QString& name) { return registry->read(kKey, name, QStringLiteral("brak")); };
+  EXPECT_EQ(read(QStringLiteral("rozwijany")), QStringLiteral("C:\\Łódź\\Bazy"));
+  EXPECT_EQ(read(QStringLiteral("bez zera")), QStringLiteral("żółw"));
+  EXPECT_EQ(read(QStringLiteral("z zerem w środku")), QStringLiteral("a"));
+  EXPECT_EQ(read(QStringLiteral("pusty")), QString(u""_qs));
+  EXPECT_EQ(read(QStringLiteral("liczba")), QStringLiteral("brak"));
+}
+#endif
 
 TEST(Registry, CopiesWritingAtOnceLoseNothing) {
   RegistryFile file;

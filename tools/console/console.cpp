@@ -30,6 +30,16 @@ constexpr size_t kConsoleBlock = 8192;  // characters; much more at once and old
 
 std::string narrow(std::wstring_view text) { return jet::toUtf8(std::u16string(text.begin(), text.end())); }
 
+// A program with windows has no streams when it is started at a console: what it prints goes there.
+void findStreams() {
+  static const bool found = [] {
+    if (::GetFileType(::GetStdHandle(STD_OUTPUT_HANDLE)) != FILE_TYPE_UNKNOWN) return true;
+    if (!::AttachConsole(ATTACH_PARENT_PROCESS)) return false;
+    return std::freopen("CONOUT$", "w", stdout) && std::freopen("CONOUT$", "w", stderr);
+  }();
+  static_cast<void>(found);
+}
+
 // Null when the stream is a file or a pipe.
 HANDLE consoleOf(std::FILE* stream) {
   const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
@@ -49,6 +59,7 @@ std::vector<std::string> commandLine(int, char**) {
 }
 
 void print(std::string_view utf8, std::FILE* stream) {
+  findStreams();
   const HANDLE console = consoleOf(stream);
   if (!console) {
     std::fflush(stream);

@@ -2,8 +2,8 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <cstdio>
 
+#include "console/console.h"
 #include "jet/format/text.h"
 #include "platform/secret.h"
 #include "platform/text.h"
@@ -30,13 +30,14 @@ QString keptPassword(const Registry& registry, const QString& file) {
 
 bool upgrade(const Registry& registry, const QString& file) {
   try {
-    const auto result = structure::upgradeDatabase(toPath(file), toU16(keptPassword(registry, file)));
-    for (const auto& line : result.report) std::puts(jet::toUtf8(line).c_str());
+    const auto result =
+        structure::upgradeDatabase(tandeko::toPath(file), toU16(keptPassword(registry, file)));
+    for (const auto& line : result.report) print(jet::toUtf8(line) + "\n");
     return result.outcome != structure::UpgradeResult::Outcome::Newer;
   } catch (const jet::Error& error) {
-    std::fprintf(stderr, "%s\n", jet::toUtf8(structure::explain(error)).c_str());
+    print(jet::toUtf8(structure::explain(error)) + "\n", stderr);
   } catch (const std::exception& failure) {
-    std::fprintf(stderr, "%s\n", failure.what());
+    print(failure.what() + std::string("\n"), stderr);
   }
   return false;
 }

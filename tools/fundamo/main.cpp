@@ -48,7 +48,6 @@ int showWindow(int argc, char** argv) {
   QLocale::setDefault(QLocale(QLocale::Polish, QLocale::Poland));
   const QApplication application(argc, argv);
   QApplication::setApplicationName(QStringLiteral("Fundamo bazy"));
-  QApplication::setDesktopFileName(QStringLiteral("fundamo"));
   tandeko::useResources();
   QApplication::setWindowIcon(tandeko::icon("tandeko"));
   tandeko::ScreenMessages messages;
@@ -62,8 +61,8 @@ int showWindow(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   const std::vector<std::string> words = commandLine(argc, argv);
-  if (words.size() == 1 && words[0] == "--help") return std::fputs(kUsage, stdout), 0;
-  if (words.size() == 1 && words[0] == "--version") return std::puts("fundamo " TANDEKO_VERSION), 0;
+  if (words.size() == 1 && words[0] == "--help") return print(kUsage), 0;
+  if (words.size() == 1 && words[0] == "--version") return print("fundamo " TANDEKO_VERSION "\n"), 0;
   if (words.size() == 2 && words[0] == "--create") return create(words[1], {});
   if (words.size() == 4 && words[0] == "--create" && words[2] == "--password")
     return create(words[1], words[3]);
@@ -71,5 +70,5 @@ int main(int argc, char** argv) {
   if (words.empty()) return showWindow(argc, argv);
   if (words.size() == 1 && words[0].starts_with("A|")) return upgrade(argc, argv);
 #endif
-  return std::fputs(kUsage, stderr), 2;
+  return print(kUsage, stderr), 2;
 }
