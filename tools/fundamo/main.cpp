@@ -48,6 +48,7 @@ int showWindow(int argc, char** argv) {
   QLocale::setDefault(QLocale(QLocale::Polish, QLocale::Poland));
   const QApplication application(argc, argv);
   QApplication::setApplicationName(QStringLiteral("Fundamo bazy"));
+  QApplication::setDesktopFileName(QStringLiteral("fundamo"));
   tandeko::useResources();
   QApplication::setWindowIcon(tandeko::icon("tandeko"));
   tandeko::ScreenMessages messages;
