@@ -111,6 +111,38 @@ TEST(Processes, KilledOnesLeaveNothingHalfDone) {
   std::cout << commits << " commits of " << kWorkers << " processes, " << refusals << " refusals\n";
 }
 
+// Writes pages before the commit, says so on the board and never gets further.
+[[noreturn]] void stopHalfway() {
+  const auto pager = Pager::open(Environment::system(), kFile, {.dirtyPages = 4});
+  pager->begin();
+  for (PageNumber page = 1; page < pager->pageCount(); ++page) setValue(*pager, page, 7777);
+  const SharedMemory shared(kBoard, sizeof(std::atomic<uint32_t>));
+  *static_cast<std::atomic<uint32_t>*>(shared.data()) = 1;
+  for (;;) std::this_thread::sleep_for(std::chrono::seconds(1));
+}
+
+TEST(Processes, TheNextCopyUndoesWhatAKilledOneLeft) {
+  const TempFolder folder;
+  const fs::path path = folder / kFile;
+  createDatabase(Environment::system(), path, 20);
+  const auto before = valuesOf(*Pager::open(Environment::system(), path, {}));
+  const auto other = Pager::open(Environment::system(), path, {.lockWaitMs = 0});
+  valuesOf(*other);
+
+  const SharedMemory shared(folder / kBoard, sizeof(std::atomic<uint32_t>));
+  const auto& written = *static_cast<const std::atomic<uint32_t>*>(shared.data());
+  ChildProcess child({partnerProgram(), "--stop-halfway"}, folder.path());
+  for (int i = 0; written == 0 && i < 2000; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  ASSERT_EQ(written, 1u);
+  uint8_t page[4] = {};
+  Environment::system().open(path, Environment::Open::ReadOnly)->read(4096, page);
+  EXPECT_EQ(get32(page), 7777u);
+  EXPECT_EQ(errorOf([&] { valuesOf(*other); }), 3187);
+  child.kill();
+  EXPECT_EQ(valuesOf(*Pager::open(Environment::system(), path, {})), before);
+  EXPECT_EQ(valuesOf(*other), before);
+}
+
 }  // namespace
 }  // namespace jet::test
 
@@ -118,6 +150,7 @@ TEST(Processes, KilledOnesLeaveNothingHalfDone) {
 int main(int argc, char** argv) {
   if (argc == 4 && std::string_view(argv[1]) == "--worker")
     jet::test::work(std::stoi(argv[2]), std::stoull(argv[3]));
+  if (argc == 2 && std::string_view(argv[1]) == "--stop-halfway") jet::test::stopHalfway();
   testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();
 }
