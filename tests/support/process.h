@@ -1,8 +1,10 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -39,6 +41,14 @@ std::string ownProgram();
 // What some of the copies are instead: the program that TANDEKO_PARTNER names, the same test built for
 // another system; this one without it.
 std::string partnerProgram();
+
+// Waits for what another process does; false when it takes half a minute.
+template <typename Condition>
+bool eventually(Condition condition) {
+  for (int i = 0; i < 3000; ++i, std::this_thread::sleep_for(std::chrono::milliseconds(10)))
+    if (condition()) return true;
+  return false;
+}
 
 // Zeros in a file, at first, that all processes which map it see and that outlive them.
 class SharedMemory {

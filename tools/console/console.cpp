@@ -42,6 +42,7 @@ void findStreams() {
 
 // Null when the stream is a file or a pipe.
 HANDLE consoleOf(std::FILE* stream) {
+  if (_fileno(stream) < 0) return nullptr;
   const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
   DWORD mode = 0;
   return ::GetConsoleMode(handle, &mode) ? handle : nullptr;
@@ -60,6 +61,7 @@ std::vector<std::string> commandLine(int, char**) {
 
 void print(std::string_view utf8, std::FILE* stream) {
   findStreams();
+  if (_fileno(stream) < 0) return;  // nobody started it from a console
   const HANDLE console = consoleOf(stream);
   if (!console) {
     std::fflush(stream);

@@ -77,20 +77,27 @@ TEST(Processes, KilledOnesLeaveNothingHalfDone) {
 
   std::mt19937_64 random(5);
   std::array<ChildProcess, kWorkers> workers;
+  std::array<uint32_t, kWorkers> atStart{};
   const auto start = [&](int worker) {
+    atStart[worker] = board.acknowledged[worker];
     const std::string program = worker % 2 == 1 ? partnerProgram() : ownProgram();
     workers[worker] =
         ChildProcess({program, "--worker", std::to_string(worker), std::to_string(random())}, folder.path());
   };
+  const auto works = [&](int worker) {
+    return eventually([&] { return board.acknowledged[worker] > atStart[worker]; });
+  };
   for (int worker = 0; worker < kWorkers; ++worker) start(worker);
   std::array<uint32_t, kWorkers> kills{};
   for (int round = 0; round < (longRun() ? 200 : 40); ++round) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(20 + random() % 60));
     const int victim = static_cast<int>(random() % kWorkers);
+    EXPECT_TRUE(random() % 4 == 0 || works(victim));  // some die while they start
+    std::this_thread::sleep_for(std::chrono::milliseconds(20 + random() % 60));
     workers[victim].kill();
     ++kills[victim];
     start(victim);
   }
+  for (int worker = 0; worker < kWorkers; ++worker) EXPECT_TRUE(works(worker));
   for (ChildProcess& worker : workers) worker.kill();
 
   const auto pager = Pager::open(Environment::system(), path, {.exclusive = true});
@@ -132,8 +139,7 @@ TEST(Processes, TheNextCopyUndoesWhatAKilledOneLeft) {
   const SharedMemory shared(folder / kBoard, sizeof(std::atomic<uint32_t>));
   const auto& written = *static_cast<const std::atomic<uint32_t>*>(shared.data());
   ChildProcess child({partnerProgram(), "--stop-halfway"}, folder.path());
-  for (int i = 0; written == 0 && i < 2000; ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  ASSERT_EQ(written, 1u);
+  ASSERT_TRUE(eventually([&] { return written == 1; }));
   uint8_t page[4] = {};
   Environment::system().open(path, Environment::Open::ReadOnly)->read(4096, page);
   EXPECT_EQ(get32(page), 7777u);
