@@ -1,6 +1,6 @@
 ; The setup of Tandeko for the current user: no administrator's rights, nothing outside the user's own folders
 ; and the user's own branch of the registry. Given: VERSION, STAGE (folder of what is installed), LIST (what the
-; uninstaller removes), SIZE (kilobytes), ICON, OUTPUT.
+; uninstaller removes), SIZE (kilobytes), ICON, SIDE (picture of the first and the last page), OUTPUT.
 
 Target amd64-unicode
 SetCompressor /SOLID lzma
@@ -35,6 +35,7 @@ VIAddVersionKey /LANG=1045 "LegalCopyright" ""
 
 !define MUI_ICON "${ICON}"
 !define MUI_UNICON "${ICON}"
+!define MUI_WELCOMEFINISHPAGE_BITMAP "${SIDE}"
 !define MUI_ABORTWARNING
 !define MUI_COMPONENTSPAGE_NODESC
 !define MUI_WELCOMEPAGE_TEXT "Instalator założy program Tandeko ${VERSION}: ewidencję wyposażenia, odzieży i innych przedmiotów, które firma wydaje pracownikom.$\r$\n$\r$\nProgram instaluje się tylko dla Ciebie i nie wymaga uprawnień administratora. Bazy danych firm pozostają tam, gdzie są.$\r$\n$\r$\nZamknij działające okna programu Tandeko i naciśnij Dalej."
