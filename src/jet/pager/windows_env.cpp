@@ -249,6 +249,8 @@ class WindowsEnvironment : public Environment {
     const DWORD error = lastError();
     if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND || error == ERROR_DELETE_PENDING)
       return false;
+    // A server that is gone while somebody works is another thing than a wrong path.
+    if (windows::isGone(error)) throwIo(error);
     throwName(error, path);
   }
 

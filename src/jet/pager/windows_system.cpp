@@ -31,8 +31,17 @@ std::wstring fullPath(const std::wstring& path) {
 // Not in every edition of the system's headers.
 constexpr DWORD kVirusInfected = 225, kQuotaExceeded = 1295;
 
-// The server, the share, the drive or the medium in it is not there (any more).
-bool isGone(DWORD code) {
+}  // namespace
+
+std::wstring extendedPath(const std::filesystem::path& path) {
+  const std::wstring& given = path.native();
+  if (given.starts_with(L"\\\\?\\") || given.starts_with(L"\\\\.\\")) return given;
+  const std::wstring full = fullPath(given);
+  if (full.size() < kLongPath || full.starts_with(L"\\\\.\\")) return given;
+  return full.starts_with(L"\\\\") ? L"\\\\?\\UNC" + full.substr(1) : L"\\\\?\\" + full;
+}
+
+bool isGone(unsigned long code) {
   switch (code) {
     case ERROR_NOT_READY:
     case ERROR_BAD_NETPATH:
@@ -56,16 +65,6 @@ bool isGone(DWORD code) {
     default:
       return false;
   }
-}
-
-}  // namespace
-
-std::wstring extendedPath(const std::filesystem::path& path) {
-  const std::wstring& given = path.native();
-  if (given.starts_with(L"\\\\?\\") || given.starts_with(L"\\\\.\\")) return given;
-  const std::wstring full = fullPath(given);
-  if (full.size() < kLongPath || full.starts_with(L"\\\\.\\")) return given;
-  return full.starts_with(L"\\\\") ? L"\\\\?\\UNC" + full.substr(1) : L"\\\\?\\" + full;
 }
 
 int nameErrorNumber(unsigned long code) {

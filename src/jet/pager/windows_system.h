@@ -16,6 +16,9 @@ int nameErrorNumber(unsigned long code);
 int workErrorNumber(unsigned long code);
 int lockErrorNumber(unsigned long code);
 
+// The server, the share, the drive or the medium in it is not there (any more).
+bool isGone(unsigned long code);
+
 // Somebody else's hold on a file or a range, which may end in a moment.
 bool isHeldByOther(unsigned long code);
 
