@@ -12,6 +12,7 @@ std::string partnerProgram() {
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -75,6 +76,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command, const std::f
   const std::vector<char*> arguments = argumentsOf(command);
   const pid_t child = fork();
   if (child == 0) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);  // it does not outlive a test that was killed
     if (chdir(folder.c_str()) == 0) execv(arguments[0], arguments.data());
     _exit(127);
   }

@@ -79,6 +79,18 @@ HANDLE start(const std::vector<std::string>& command, STARTUPINFOW& startup, con
   return process.hProcess;
 }
 
+// What is in it does not outlive a test that was killed.
+HANDLE jobOfChildren() {
+  static const HANDLE job = [] {
+    const HANDLE made = ::CreateJobObjectW(nullptr, nullptr);
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
+    limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
+    ::SetInformationJobObject(made, JobObjectExtendedLimitInformation, &limits, sizeof limits);
+    return made;
+  }();
+  return job;
+}
+
 }  // namespace
 
 ProcessResult runProcess(const std::vector<std::string>& command, const std::string& input) {
@@ -104,6 +116,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& command, const std::f
   startup.cb = sizeof startup;
   const HANDLE process = start(command, startup, folder.c_str());
   if (!process) throw std::runtime_error("no process");
+  ::AssignProcessToJobObject(jobOfChildren(), process);
   process_ = reinterpret_cast<intptr_t>(process);
 }
 
