@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QInputDialog>
 #include <QMessageBox>
 
@@ -66,9 +67,17 @@ class PlainCursor {
   PlainCursor& operator=(const PlainCursor&) = delete;
 };
 
+// The folder, or the nearest above it that is there: choosers take the name of a missing one for a file's.
+QString existing(const QString& folder) {
+  QFileInfo place(folder);
+  while (!folder.isEmpty() && !place.isDir() && place.absolutePath() != place.absoluteFilePath())
+    place.setFile(place.absolutePath());
+  return folder.isEmpty() ? folder : place.absoluteFilePath();
+}
+
 QString chooseFile(const FileChoice& choice, QFileDialog::AcceptMode mode) {
   const PlainCursor cursor;
-  QFileDialog dialog(QApplication::activeWindow(), choice.title, choice.folder, choice.filter);
+  QFileDialog dialog(QApplication::activeWindow(), choice.title, existing(choice.folder), choice.filter);
   dialog.setAcceptMode(mode);
   dialog.setFileMode(mode == QFileDialog::AcceptOpen ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
   dialog.setDefaultSuffix(choice.extension);
@@ -107,7 +116,7 @@ QString ScreenMessages::saveFile(const FileChoice& choice) {
 
 QString ScreenMessages::chooseFolder(const QString& title, const QString& start) {
   const PlainCursor cursor;
-  return QFileDialog::getExistingDirectory(QApplication::activeWindow(), title, start);
+  return QFileDialog::getExistingDirectory(QApplication::activeWindow(), title, existing(start));
 }
 
 QString ScreenMessages::inputText(const QString& title, const QString& label, const QString& initial) {

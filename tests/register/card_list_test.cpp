@@ -294,11 +294,11 @@ TEST_F(CardListTest, BandsKeepTheirOrderAndWidth) {
   EXPECT_EQ(bands->order(), u"1"_s);
   bands->setOrder(u"3,1,99,3"_s);
   EXPECT_EQ(bands->order(), u"3,1,2,4,5,6"_s);
-  bands->setWidths(u"0,180"_s);
+  bands->setWidths(u"0,400"_s);
   list->KarSaveParam(true);
   karEWKAR again(session);
   EXPECT_EQ(child<BandContainer>(again, "coolWPKAR")->order(), u"3,1,2,4,5,6"_s);
-  EXPECT_EQ(child<Band>(again, "pboxNumewi")->wantedWidth(), 180);
+  EXPECT_EQ(child<Band>(again, "pboxNumewi")->wantedWidth(), 400);
   again.KarSaveParam(false);
   EXPECT_EQ(child<BandContainer>(again, "coolWPKAR")->order(), u"1"_s);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDir>
 #include <QTemporaryDir>
 #include <functional>
 #include <vector>
@@ -92,7 +93,8 @@ class RecordedFailures : public FailureView {
 struct TestSession {
   TestSession() { session.setFailureView(&failures); }
 
-  QString file(const QString& fileName) const { return folder.filePath(fileName); }
+  // As users of the system write it.
+  QString file(const QString& fileName) const { return QDir::toNativeSeparators(folder.filePath(fileName)); }
 
   QTemporaryDir folder;
   MemoryRegistry registry;
