@@ -31,8 +31,8 @@ class Restoring {
       : session_(tools.session),
         files_(tools.files),
         steps_(tools.files),
-        path_(path),
-        copy_(copy),
+        path_(QDir::toNativeSeparators(path)),
+        copy_(QDir::toNativeSeparators(copy)),
         folder_(workFolder(tools.session)),
         saved_(joinedPath(folder_, QFileInfo(path).fileName())) {
     // Neither the database nor the chosen copy may be overwritten by the version that is put aside.

@@ -27,7 +27,7 @@ class Renaming {
       : session_(tools.session),
         files_(tools.files),
         steps_(tools.files),
-        path_(path),
+        path_(QDir::toNativeSeparators(path)),
         newName_(newName),
         folder_(QDir::toNativeSeparators(folder)),
         target_(joinedPath(folder, newName + QStringLiteral(".mdb"))),

@@ -23,7 +23,7 @@ QString chooseTarget(const UpkeepTools& tools, const QString& path) {
   choice.extension = QStringLiteral("mdb");
   const QString chosen = session.messages().saveFile(choice);
   if (chosen.isEmpty()) return {};
-  const QString target = withOneExtension(chosen);
+  const QString target = QDir::toNativeSeparators(withOneExtension(chosen));
   if (sameFile(target, path)) {
     session.messages().inform(QStringLiteral("Nie można zapisać bazy w miejsce istniejącej bazy: ") +
                               QDir::toNativeSeparators(path));

@@ -149,7 +149,8 @@ std::optional<DocLink> linkTo(Session& session, const QString& file) {
   QString linked = file;
   if (!folder.isEmpty() && below(file, folder).isEmpty()) {
     const bool copy = session.messages().ask(
-        QStringLiteral("Załączony plik nie znajduje się w folderze dokumentów programu: ") + folder +
+        QStringLiteral("Załączony plik nie znajduje się w folderze dokumentów programu: ") +
+            QDir::toNativeSeparators(folder) +
         QStringLiteral(
             ". Chcesz przekopiować plik do wspólnego folderu i ustawić ścieżkę na przekopiowany plik?"));
     if (copy) {
