@@ -13,6 +13,8 @@ from html import escape
 
 import guide
 
+# Of the window; plain letters, because it is shown in the code page of the program that shows it.
+TITLE = "Tandeko - pomoc"
 POLISH_ORDER = "aąbcćdeęfghijklłmnńoópqrsśtuvwxyzźż"
 # What the index leaves out of the bold words: questions, short words, and names that are everywhere or not ours.
 COMMON_WORDS = {"Aplikacje", "Biuro", "Odblokuj", "Odinstaluj", "Ustawienia", "Tandeko", "Kontynuuj",
@@ -151,10 +153,10 @@ Full-text search=No
 Binary TOC=No
 Binary Index=No
 Language=0x415 Polski
-Title={root.title}
+Title={TITLE}
 
 [WINDOWS]
-main="{root.title}","Tandeko.hhc","Tandeko.hhk","start.html","start.html",,,,,0x42120,260,0x204e,[60,40,1100,760],,,,,,,0
+main="{TITLE}","Tandeko.hhc","Tandeko.hhk","start.html","start.html",,,,,0x42120,260,0x204e,[60,40,1100,760],,,,,,,0
 
 [FILES]
 """ + "\n".join(files) + "\n")
