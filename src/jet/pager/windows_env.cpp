@@ -324,7 +324,7 @@ Environment& Environment::system() {
   return environment;
 }
 
-std::u16string pathText(const fs::path& path) { return path.u16string(); }
+std::u16string pathText(const fs::path& path) { return fs::path(path).make_preferred().u16string(); }
 
 }  // namespace jet
 
