@@ -85,6 +85,7 @@ int main(int argc, char** argv) {
     fileOf(console);
     return 0;
   }
+  useBuiltInPlugins();
   Application application(argc, argv);
   QApplication::setDesktopFileName(QStringLiteral("tandeko"));
   useResources();

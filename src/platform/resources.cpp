@@ -14,6 +14,12 @@ void useResources() {
   if (texts->load(QStringLiteral(":/translations/qtbase_pl.qm"))) QCoreApplication::installTranslator(texts);
 }
 
+void useBuiltInPlugins() {
+#ifdef Q_OS_WIN
+  QCoreApplication::setLibraryPaths({});
+#endif
+}
+
 QIcon icon(const char* name) {
   QIcon result;
   for (const int size : {16, 24, 32, 48, 64, 128, 256}) {

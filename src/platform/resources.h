@@ -9,6 +9,10 @@ namespace tandeko {
 // application object exists.
 void useResources();
 
+// On Windows all of Qt is inside the program: no plugin is loaded from the folder where Qt was built, whose
+// name anybody may give to a folder of his own there. Call before the application object exists.
+void useBuiltInPlugins();
+
 // A built-in icon in all its sizes.
 QIcon icon(const char* name);
 

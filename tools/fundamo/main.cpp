@@ -46,6 +46,7 @@ int upgrade(int argc, char** argv) {
 
 int showWindow(int argc, char** argv) {
   QLocale::setDefault(QLocale(QLocale::Polish, QLocale::Poland));
+  tandeko::useBuiltInPlugins();
   const QApplication application(argc, argv);
   QApplication::setApplicationName(QStringLiteral("Fundamo bazy"));
   QApplication::setDesktopFileName(QStringLiteral("fundamo"));
