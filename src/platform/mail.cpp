@@ -26,8 +26,8 @@ QString encoded(const QString& text) { return QString::fromLatin1(QUrl::toPercen
 
 #ifdef Q_OS_WIN
 
-// Simple MAPI with wide texts, as the system has it since Windows 8; the compiler's headers know the narrow
-// one.
+// Simple MAPI with wide texts, which the system makes narrow for mail programs that know no others; the
+// compiler's headers have only the narrow one.
 struct WideRecipient {
   ULONG reserved, kind;
   const wchar_t *name, *address;
@@ -50,7 +50,6 @@ struct WideMessage {
   WideFile* file;
 };
 using SendWide = ULONG(FAR PASCAL*)(LHANDLE, ULONG_PTR, WideMessage*, FLAGS, ULONG);
-using SendNarrow = ULONG(FAR PASCAL*)(LHANDLE, ULONG_PTR, lpMapiMessage, FLAGS, ULONG);
 
 constexpr ULONG kNowhere = static_cast<ULONG>(-1);  // an attachment that stands at no place of the text
 constexpr FLAGS kAsk = MAPI_DIALOG | MAPI_LOGON_UI;
@@ -74,38 +73,6 @@ ULONG sendWide(SendWide send, const Letter& letter) {
   return send(0, 0, &message, kAsk, 0);
 }
 
-ULONG sendNarrow(SendNarrow send, const Letter& letter) {
-  std::string subject = letter.subject.toLocal8Bit().toStdString();
-  std::string body = letter.body.toLocal8Bit().toStdString();
-  std::string name = letter.to.toLocal8Bit().toStdString();
-  std::string address = "SMTP:" + name;
-  MapiRecipDesc recipient{};
-  recipient.ulRecipClass = MAPI_TO;
-  recipient.lpszName = name.data();
-  recipient.lpszAddress = address.data();
-  std::vector<std::string> paths;
-  for (const QString& path : letter.attachments)
-    paths.push_back(QDir::toNativeSeparators(path).toLocal8Bit().toStdString());
-  std::vector<MapiFileDesc> files(paths.size());
-  for (size_t i = 0; i < paths.size(); ++i) {
-    files[i].nPosition = kNowhere;
-    files[i].lpszPathName = paths[i].data();
-  }
-  MapiMessage message{};
-  message.lpszSubject = subject.data();
-  message.lpszNoteText = body.data();
-  message.nRecipCount = letter.to.isEmpty() ? 0 : 1;
-  message.lpRecips = letter.to.isEmpty() ? nullptr : &recipient;
-  message.nFileCount = static_cast<ULONG>(files.size());
-  message.lpFiles = files.empty() ? nullptr : files.data();
-  return send(0, 0, &message, kAsk, 0);
-}
-
-template <typename Function>
-Function functionOf(HMODULE library, const char* name) {
-  return reinterpret_cast<Function>(reinterpret_cast<void (*)()>(GetProcAddress(library, name)));
-}
-
 // Whether the user or the machine has a mail program that MAPI could start. The system's library is there
 // without one, too, and would say so in a box of its own.
 bool hasMailProgram() {
@@ -122,11 +89,9 @@ bool hasMailProgram() {
 ULONG send(const Letter& letter) {
   const HMODULE library = LoadLibraryExW(L"mapi32.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
   if (!library) return MAPI_E_FAILURE;
-  ULONG status = MAPI_E_NOT_SUPPORTED;
-  if (const auto wide = functionOf<SendWide>(library, "MAPISendMailW")) status = sendWide(wide, letter);
-  if (status == MAPI_E_NOT_SUPPORTED)
-    if (const auto narrow = functionOf<SendNarrow>(library, "MAPISendMail"))
-      status = sendNarrow(narrow, letter);
+  const auto wide = reinterpret_cast<SendWide>(
+      reinterpret_cast<void (*)()>(GetProcAddress(library, "MAPISendMailW")));
+  const ULONG status = wide ? sendWide(wide, letter) : ULONG{MAPI_E_NOT_SUPPORTED};
   FreeLibrary(library);
   return status;
 }
