@@ -1,8 +1,11 @@
 #pragma once
 
+#include <array>
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <random>
 #include <string>
 #include <thread>
 #include <utility>
@@ -62,4 +65,51 @@ class SharedMemory {
  private:
   void* data_ = nullptr;
   size_t size_;
+};
+
+// Copies of this test program, every other one its partner, that are started with "--worker NUMBER SEED" in
+// `folder` and count in `acknowledged`, which they share, what they have finished.
+template <typename Count, size_t kSize>
+class Workers {
+ public:
+  Workers(const std::filesystem::path& folder, const std::array<std::atomic<Count>, kSize>& acknowledged)
+      : folder_(folder), acknowledged_(acknowledged) {
+    for (size_t worker = 0; worker < kSize; ++worker) start(worker);
+  }
+
+  // Kills one by chance, sometimes while it starts, otherwise at work, after `shortest` milliseconds and up
+  // to `spread` more, and starts it again. Which one; kSize when one that should work did not.
+  size_t killOne(unsigned shortest, unsigned spread) {
+    const size_t victim = random_() % kSize;
+    if (random_() % 4 != 0 && !works(victim)) return kSize;
+    std::this_thread::sleep_for(std::chrono::milliseconds(shortest + random_() % spread));
+    workers_[victim].kill();
+    start(victim);
+    return victim;
+  }
+
+  // Kills all of them; whether each had finished something since it was started.
+  bool finish() {
+    bool all = true;
+    for (size_t worker = 0; worker < kSize; ++worker) all = works(worker) && all;
+    for (ChildProcess& worker : workers_) worker.kill();
+    return all;
+  }
+
+ private:
+  void start(size_t worker) {
+    atStart_[worker] = acknowledged_[worker];
+    const std::string program = worker % 2 == 1 ? partnerProgram() : ownProgram();
+    workers_[worker] =
+        ChildProcess({program, "--worker", std::to_string(worker), std::to_string(random_())}, folder_);
+  }
+  bool works(size_t worker) {
+    return eventually([&] { return acknowledged_[worker] > atStart_[worker]; });
+  }
+
+  std::filesystem::path folder_;
+  const std::array<std::atomic<Count>, kSize>& acknowledged_;
+  std::mt19937_64 random_{5};
+  std::array<ChildProcess, kSize> workers_;
+  std::array<Count, kSize> atStart_{};
 };

@@ -129,29 +129,10 @@ TEST(EngineProcesses, KilledOnesLoseNothingAndLeaveNothingHalfDone) {
   const SharedMemory shared(folder / kBoard, sizeof(Board));
   const Board& board = *static_cast<Board*>(shared.data());
 
-  std::mt19937_64 random(5);
-  std::array<ChildProcess, kWorkers> workers;
-  std::array<int32_t, kWorkers> atStart{};
-  const auto start = [&](int worker) {
-    atStart[worker] = board.acknowledged[worker];
-    const std::string program = worker % 2 == 1 ? partnerProgram() : ownProgram();
-    workers[worker] =
-        ChildProcess({program, "--worker", std::to_string(worker), std::to_string(random())}, folder.path());
-  };
-  const auto works = [&](int worker) {
-    return eventually([&] { return board.acknowledged[worker] > atStart[worker]; });
-  };
-  for (int worker = 0; worker < kWorkers; ++worker) start(worker);
+  Workers workers(folder.path(), board.acknowledged);
   const int kills = longRun() ? 100 : 20;
-  for (int i = 0; i < kills; ++i) {
-    const int victim = static_cast<int>(random() % kWorkers);
-    EXPECT_TRUE(random() % 4 == 0 || works(victim));  // some die while they start
-    std::this_thread::sleep_for(std::chrono::milliseconds(50 + random() % 100));
-    workers[victim].kill();
-    start(victim);
-  }
-  for (int worker = 0; worker < kWorkers; ++worker) EXPECT_TRUE(works(worker));
-  for (ChildProcess& worker : workers) worker.kill();
+  for (int i = 0; i < kills; ++i) ASSERT_LT(workers.killOne(50, 100), size_t{kWorkers});
+  EXPECT_TRUE(workers.finish());
 
   Workspace workspace;
   const auto database = workspace.openDatabase(path, {.exclusive = true, .readOnly = false, .connect = {}});

@@ -75,30 +75,14 @@ TEST(Processes, KilledOnesLeaveNothingHalfDone) {
   const SharedMemory shared(folder / kBoard, sizeof(Board));
   const Board& board = *static_cast<Board*>(shared.data());
 
-  std::mt19937_64 random(5);
-  std::array<ChildProcess, kWorkers> workers;
-  std::array<uint32_t, kWorkers> atStart{};
-  const auto start = [&](int worker) {
-    atStart[worker] = board.acknowledged[worker];
-    const std::string program = worker % 2 == 1 ? partnerProgram() : ownProgram();
-    workers[worker] =
-        ChildProcess({program, "--worker", std::to_string(worker), std::to_string(random())}, folder.path());
-  };
-  const auto works = [&](int worker) {
-    return eventually([&] { return board.acknowledged[worker] > atStart[worker]; });
-  };
-  for (int worker = 0; worker < kWorkers; ++worker) start(worker);
+  Workers workers(folder.path(), board.acknowledged);
   std::array<uint32_t, kWorkers> kills{};
   for (int round = 0; round < (longRun() ? 200 : 40); ++round) {
-    const int victim = static_cast<int>(random() % kWorkers);
-    EXPECT_TRUE(random() % 4 == 0 || works(victim));  // some die while they start
-    std::this_thread::sleep_for(std::chrono::milliseconds(20 + random() % 60));
-    workers[victim].kill();
+    const size_t victim = workers.killOne(20, 60);
+    ASSERT_LT(victim, kills.size());
     ++kills[victim];
-    start(victim);
   }
-  for (int worker = 0; worker < kWorkers; ++worker) EXPECT_TRUE(works(worker));
-  for (ChildProcess& worker : workers) worker.kill();
+  EXPECT_TRUE(workers.finish());
 
   const auto pager = Pager::open(Environment::system(), path, {.exclusive = true});
   const PageValues found = valuesOf(*pager);
